@@ -1,0 +1,23 @@
+// The main window comes up and goes down.
+#pragma once
+
+namespace trelvin {
+
+class Form;
+
+// Loads the main window if it isn't loaded, and shows it. A job that was asked for runs within the load, and
+// its end unloads the window again, which is then never shown. The load has no handler: a failure goes to the
+// caller.
+void showMainWindow();
+
+// Runs the form's unload and marks it as gone.
+void unloadForm(Form& form);
+bool anyFormLoaded();
+
+void frmMain_Load();
+void frmMain_Resize();
+void frmMain_Unload();
+void mnuExit_Click();
+void timExit_Timer();
+
+}  // namespace trelvin

@@ -1,0 +1,248 @@
+// The controls of a window as plain state: what the logic reads and writes, whether or not anything is drawn.
+// Setting a control from code runs its event routine where the platform's own control would run it.
+#pragma once
+
+#include <cstdint>
+#include <functional>
+#include <string>
+#include <string_view>
+#include <vector>
+
+namespace trelvin {
+
+using Event = std::function<void()>;
+
+class Form;
+
+// What all controls have. A control registers with its form, so that a view or a test finds it by its name.
+class Control {
+ public:
+  Control(Form& form, std::string name, std::string caption = {}, std::string tooltip = {});
+  Control(const Control&) = delete;
+  Control& operator=(const Control&) = delete;
+  virtual ~Control() = default;
+
+  const std::string name;
+  std::string caption;
+  std::string tooltip;
+  bool enabled = true;
+  bool visible = true;
+};
+
+// A window: its controls by name, in the order in which they were made.
+class Form {
+ public:
+  Form() = default;
+  Form(const Form&) = delete;
+  Form& operator=(const Form&) = delete;
+  virtual ~Form() = default;
+
+  [[nodiscard]] const std::vector<Control*>& controls() const { return controls_; }
+  // The first control of that name, in any case; null when there is none.
+  [[nodiscard]] Control* control(std::string_view name) const;
+
+  std::string caption;
+  bool loaded = false;
+  bool visible = false;
+
+ private:
+  friend class Control;
+  std::vector<Control*> controls_;
+};
+
+// A control without state of its own beyond the common one: frames, and workers that are never drawn.
+class Frame : public Control {
+ public:
+  using Control::Control;
+};
+
+class Label : public Control {
+ public:
+  using Control::Control;
+};
+
+class Button : public Control {
+ public:
+  using Control::Control;
+  Event onClick;
+};
+
+class MenuEntry : public Control {
+ public:
+  using Control::Control;
+  Event onClick;
+};
+
+class TextBox : public Control {
+ public:
+  using Control::Control;
+  std::string text;
+};
+
+class CheckBox : public Control {
+ public:
+  using Control::Control;
+  [[nodiscard]] bool value() const { return value_; }
+  // Runs the click when the value changes.
+  void setValue(bool value);
+  Event onClick;
+
+ private:
+  bool value_ = false;
+};
+
+// Options of one group exclude each other: setting one clears the others, without a click of theirs.
+class OptionButton : public Control {
+ public:
+  using Control::Control;
+  [[nodiscard]] bool value() const { return value_; }
+  // Runs the click when the option was off and goes on; switching off runs nothing.
+  void setValue(bool value);
+  // Makes the options given into one group.
+  static void group(std::initializer_list<OptionButton*> members);
+  Event onClick;
+
+ private:
+  bool value_ = false;
+  std::vector<OptionButton*> others_;
+};
+
+// A list box or a drop-down. Entries keep the order of insertion unless the list is sorted.
+class ListControl : public Control {
+ public:
+  enum class Selection { kSingle, kMultiple };
+  ListControl(Form& form, std::string name, Selection selection = Selection::kSingle,
+              std::string tooltip = {});
+
+  bool sorted = false;
+
+  [[nodiscard]] std::int32_t listCount() const { return static_cast<std::int32_t>(entries_.size()); }
+  // The empty text at or past the end; fails with 381 for a negative index.
+  [[nodiscard]] const std::string& list(std::int32_t index) const;
+  // Fails with 381 where there is no entry.
+  void setList(std::int32_t index, std::string text);
+
+  // A sorted list puts the entry where it belongs, behind equal ones.
+  void addItem(std::string text);
+  // Fails with 5 where there is no entry.
+  void removeItem(std::int32_t index);
+  void clear();
+  // Shows what has changed; the state is the same before and after.
+  void refresh();
+
+  // Entry in hand, -1 for none. In a single selection it is the selected entry.
+  [[nodiscard]] std::int32_t listIndex() const { return listIndex_; }
+  // Fails with 380 where there is no entry; -1 takes the selection away. In a single selection a change runs
+  // the click.
+  void setListIndex(std::int32_t index);
+  // False at or past the end; fails with 381 for a negative index.
+  [[nodiscard]] bool selected(std::int32_t index) const;
+  // Fails with 381 where there is no entry. Runs the click when the selection changes; the entry becomes the
+  // one in hand.
+  void setSelected(std::int32_t index, bool isSelected);
+  [[nodiscard]] std::int32_t selCount() const { return selCount_; }
+  // The entry in hand of a drop-down; empty when there is none.
+  [[nodiscard]] const std::string& text() const;
+
+  Event onClick;
+  Event onDblClick;
+  std::function<void(const std::string&)> onAddItem;  // a view or a mirror that wants to see entries come
+  Event onRefresh;
+
+ private:
+  struct Entry {
+    std::string text;
+    bool selected = false;
+  };
+  [[nodiscard]] bool has(std::int32_t index) const { return index >= 0 && index < listCount(); }
+
+  Selection selection_;
+  std::vector<Entry> entries_;
+  std::int32_t listIndex_ = -1;
+  std::int32_t selCount_ = 0;
+};
+
+// A control array; its members are counted from 0. The per-site lists have the one member 0.
+template <typename Member>
+class ControlArray {
+ public:
+  ControlArray(Form& form, const std::string& name) : member_(form, name) {}
+  [[nodiscard]] static std::int32_t count() { return 1; }
+  // Fails with 340 for a member that doesn't exist.
+  Member& operator()(std::int32_t index);
+  const Member& operator()(std::int32_t index) const;
+
+ private:
+  Member member_;
+};
+
+// Tabs are counted from 1.
+class TabStrip : public Control {
+ public:
+  struct Tab {
+    std::string caption;
+    std::string tooltip;
+  };
+  TabStrip(Form& form, std::string name, std::vector<Tab> tabs);
+
+  [[nodiscard]] std::int32_t tabCount() const { return static_cast<std::int32_t>(tabs_.size()); }
+  [[nodiscard]] std::int32_t selectedTab() const { return selected_; }
+  [[nodiscard]] const Tab& tab(std::int32_t index) const;  // fails with 35600 where there is no tab
+  // Runs the click when the tab was not selected; fails with 35600 where there is no tab.
+  void select(std::int32_t index);
+  // Position from 1 to one behind the last; fails with 35600 for another.
+  void add(std::int32_t index, Tab tab);
+  // The first tab takes over when the selected one goes; no click.
+  void remove(std::int32_t index);
+
+  Event onClick;
+
+ private:
+  std::vector<Tab> tabs_;
+  std::int32_t selected_ = 1;
+};
+
+class StatusBar : public Control {
+ public:
+  using Control::Control;
+  std::string panel;  // the first panel, the only one in use
+};
+
+// Fails with 380 for a maximum that is not above 0, and for a value outside of 0 to the maximum.
+class ProgressBar : public Control {
+ public:
+  using Control::Control;
+  [[nodiscard]] double max() const { return max_; }
+  [[nodiscard]] double value() const { return value_; }
+  // A value beyond the new maximum is drawn back to it.
+  void setMax(double max);
+  void setValue(double value);
+
+  // Place within the form, as offsets from its right and bottom edges.
+  std::int32_t left = 0;
+  std::int32_t top = 0;
+
+ private:
+  double max_ = 100;
+  double value_ = 0;
+};
+
+class Timer : public Control {
+ public:
+  Timer(Form& form, std::string name, std::int32_t milliseconds);
+  std::int32_t interval;
+  Event onTimer;
+};
+
+// The socket of the update check; state 0 is closed.
+class SocketControl : public Control {
+ public:
+  using Control::Control;
+  [[nodiscard]] std::int32_t state() const { return state_; }
+  void close() { state_ = 0; }
+
+ private:
+  std::int32_t state_ = 0;
+};
+
+}  // namespace trelvin

@@ -1,0 +1,48 @@
+#include "window/wiring.h"
+
+#include "core/main_window.h"
+#include "core/reporting.h"
+#include "core/start_up.h"
+#include "metabase/site_details.h"
+#include "metabase/site_listing.h"
+#include "transfer/export_frame.h"
+#include "window/frm_main.h"
+#include "window/frm_splash.h"
+#include "window/preferences.h"
+
+namespace trelvin {
+
+void wireMainWindow() {
+  frmMain.chkCopyFiles.onClick = chkCopyFiles_Click;
+  frmMain.chkSetFilePerms.onClick = chkSetFilePerms_Click;
+  frmMain.chkFastPermissions.onClick = chkFastPermissions_Click;
+  frmMain.chkCopyIIS.onClick = chkCopyIIS_Click;
+  frmMain.chkRunSilent.onClick = chkRunSilent_Click;
+  frmMain.chkStartWebs.onClick = chkStartWebs_Click;
+  frmMain.lstIMIISVer.onClick = lstIMIISVer_Click;
+  frmMain.lstEXIISVer.onClick = lstEXIISVer_Click;
+  frmMain.optExportWeb.onClick = optExportWeb_Click;
+  frmMain.optExportFTP.onClick = optExportFTP_Click;
+  frmMain.optCreateWebs.onClick = optCreateWebs_Click;
+  frmMain.optOverwriteWebs.onClick = optOverwriteWebs_Click;
+  frmMain.optExportServer.onClick = optExportServer_Click;
+  frmMain.optExportFile.onClick = optExportFile_Click;
+  frmMain.TabImportType.onClick = TabImportType_Click;
+  frmMain.TabExportType.onClick = TabExportType_Click;
+  frmMain.tabNewValues.onClick = tabNewValues_Click;
+  frmMain.cmdPopulate.onClick = cmdPopulate_Click;
+  frmMain.lstSites.onClick = lstSites_Click;
+  frmMain.lstOutput.onDblClick = lstOutput_DblClick;
+  frmMain.cmdExportFile.onClick = cmdExportFile_Click;
+  frmMain.cmdExportServer.onClick = cmdExportServer_Click;
+  frmMain.mnuExit.onClick = mnuExit_Click;
+  frmMain.timExit.onTimer = timExit_Timer;
+  frmMain.onResize = frmMain_Resize;
+}
+
+void wireWelcomeForm() {
+  frmSplash.cmdContinue.onClick = cmdContinue_Click;
+  frmSplash.cmdExit.onClick = cmdExit_Click;
+}
+
+}  // namespace trelvin

@@ -1,0 +1,9 @@
+// Ties the event routines to the controls.
+#pragma once
+
+namespace trelvin {
+
+void wireMainWindow();
+void wireWelcomeForm();
+
+}  // namespace trelvin
