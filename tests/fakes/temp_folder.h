@@ -4,8 +4,8 @@
 #include <atomic>
 #include <filesystem>
 #include <fstream>
-#include <iterator>
 #include <random>
+#include <sstream>
 #include <stdexcept>
 #include <string>
 #include <string_view>
@@ -50,7 +50,9 @@ class TempFolder {
     const std::filesystem::path file = path_ / relative;
     std::ifstream stream(file, std::ios::binary);
     if (!stream) throw std::runtime_error("can't read " + file.string());
-    return {std::istreambuf_iterator<char>(stream), std::istreambuf_iterator<char>()};
+    std::ostringstream bytes;
+    if (stream.peek() != std::ifstream::traits_type::eof()) bytes << stream.rdbuf();
+    return bytes.str();
   }
 
   [[nodiscard]] bool has(std::string_view relative) const {

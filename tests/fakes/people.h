@@ -1,0 +1,117 @@
+// What a person, a clock and a window system would do, from a script.
+#pragma once
+
+#include <deque>
+#include <functional>
+#include <stdexcept>
+#include <string>
+#include <vector>
+
+#include "platform/application.h"
+#include "platform/dialogs.h"
+
+namespace trelvin::test {
+
+// Answers boxes from a script and keeps what they said. A box that the script does not expect fails the test
+// that looks at unexpected().
+class ScriptedDialogs : public Dialogs {
+ public:
+  Answer showMessage(const Message& message) override {
+    shown.push_back(message);
+    if (onMessage) onMessage(message);
+    if (answers.empty()) return refusal(message.buttons);
+    const Answer answer = answers.front();
+    answers.pop_front();
+    return answer;
+  }
+  std::string inputBox(std::string_view title, std::string_view prompt,
+                       std::string_view defaultText) override {
+    asked.push_back(std::string(title) + "|" + std::string(prompt) + "|" + std::string(defaultText));
+    if (inputs.empty()) return {};
+    std::string text = inputs.front();
+    inputs.pop_front();
+    return text;
+  }
+
+  std::deque<Answer> answers;
+  std::deque<std::string> inputs;
+  std::vector<Message> shown;
+  std::vector<std::string> asked;
+  std::function<void(const Message&)> onMessage;
+
+ private:
+  static Answer refusal(Buttons buttons) {
+    switch (buttons) {
+      case Buttons::kOk:
+        return Answer::kOk;
+      case Buttons::kYesNo:
+        return Answer::kNo;
+      case Buttons::kAbortRetryIgnore:
+        return Answer::kAbort;
+      default:
+        return Answer::kCancel;
+    }
+  }
+};
+
+// Counts yields and beeps; what a person clicks during a yield is run there.
+class RecordedEvents : public Events {
+ public:
+  void doEvents() override {
+    ++yields;
+    if (onYield) onYield(yields);
+  }
+  void beep() override { ++beeps; }
+
+  int yields = 0;
+  int beeps = 0;
+  std::function<void(int)> onYield;
+};
+
+// A clock that stands still.
+class StoppedClock : public Clock {
+ public:
+  StoppedClock() {
+    moment.parts.tm_year = 2004 - 1900;
+    moment.parts.tm_mon = 2;
+    moment.parts.tm_mday = 7;
+    moment.parts.tm_hour = 2;
+    moment.parts.tm_min = 30;
+    moment.parts.tm_sec = 5;
+  }
+  [[nodiscard]] Date now() const override { return moment; }
+  [[nodiscard]] std::string generalText(const Date& /*date*/) const override { return "NOW"; }
+  [[nodiscard]] std::string shortDate(const Date& date) const override { return form(date, "%d.%m.%Y"); }
+  [[nodiscard]] std::string shortTime(const Date& date) const override { return form(date, "%H:%M"); }
+
+  Date moment;
+
+ private:
+  static std::string form(const Date& date, const char* pattern) {
+    std::string text(64, '\0');
+    text.resize(std::strftime(text.data(), text.size(), pattern, &date.parts));
+    return text;
+  }
+};
+
+// Thrown where the real process would end.
+struct ProcessEnded {
+  int exitCode;
+};
+
+class FakeApplication : public Application {
+ public:
+  explicit FakeApplication(std::string folder) : folder_(std::move(folder)) {}
+  [[nodiscard]] std::string path() const override { return folder_; }
+  [[nodiscard]] std::string commandLine() const override { return command; }
+  bool prevInstance() override { return isSecond; }
+  [[noreturn]] void end(int exitCode) override { throw ProcessEnded{exitCode}; }
+
+  std::string command;
+  bool isSecond = false;
+
+ private:
+  std::string folder_;
+};
+
+}  // namespace trelvin::test
