@@ -1,0 +1,1 @@
+<% Application("Visits") = Application("Visits") + 1 %>

@@ -1,0 +1,1 @@
+<% Server.ScriptTimeout = 1800 %>

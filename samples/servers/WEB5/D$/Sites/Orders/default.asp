@@ -1,0 +1,1 @@
+<p>Please sign in to see your orders.</p>

@@ -1,0 +1,2 @@
+<% Response.Status = "404 Not Found" %>
+<p>No such page.</p>

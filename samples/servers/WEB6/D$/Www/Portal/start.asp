@@ -1,0 +1,2 @@
+<%@ Language="VBScript" %>
+<h1>Riverside Clinic</h1>

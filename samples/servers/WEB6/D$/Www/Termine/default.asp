@@ -1,0 +1,1 @@
+<p>Please choose a day.</p>
