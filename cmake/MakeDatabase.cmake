@@ -1,0 +1,15 @@
+# Run as a script: makes DATABASE anew from the statements in SCRIPTS, file names with | between them. A file that
+# fails leaves no database behind.
+string(REPLACE "|" ";" scripts "${SCRIPTS}")
+get_filename_component(folder "${DATABASE}" DIRECTORY)
+set(unfinished "${DATABASE}.new")
+file(MAKE_DIRECTORY "${folder}")
+file(REMOVE "${unfinished}")
+foreach(script IN LISTS scripts)
+  execute_process(COMMAND "${SQLITE3}" -bail -batch "${unfinished}" INPUT_FILE "${script}" RESULT_VARIABLE result)
+  if(NOT result EQUAL 0)
+    file(REMOVE "${unfinished}")
+    message(FATAL_ERROR "${script} could not be run on ${DATABASE}.")
+  endif()
+endforeach()
+file(RENAME "${unfinished}" "${DATABASE}")
