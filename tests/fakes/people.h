@@ -81,17 +81,18 @@ class StoppedClock : public Clock {
   }
   [[nodiscard]] Date now() const override { return moment; }
   [[nodiscard]] std::string generalText(const Date& /*date*/) const override { return "NOW"; }
-  [[nodiscard]] std::string shortDate(const Date& date) const override { return form(date, "%d.%m.%Y"); }
-  [[nodiscard]] std::string shortTime(const Date& date) const override { return form(date, "%H:%M"); }
+  [[nodiscard]] std::string shortDate(const Date& date) const override {
+    return two(date.parts.tm_mday) + "." + two(date.parts.tm_mon + 1) + "." +
+           std::to_string(date.parts.tm_year + 1900);
+  }
+  [[nodiscard]] std::string shortTime(const Date& date) const override {
+    return two(date.parts.tm_hour) + ":" + two(date.parts.tm_min);
+  }
 
   Date moment;
 
  private:
-  static std::string form(const Date& date, const char* pattern) {
-    std::string text(64, '\0');
-    text.resize(std::strftime(text.data(), text.size(), pattern, &date.parts));
-    return text;
-  }
+  static std::string two(int number) { return (number < 10 ? "0" : "") + std::to_string(number); }
 };
 
 // Thrown where the real process would end.
