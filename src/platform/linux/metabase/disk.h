@@ -1,0 +1,116 @@
+// Files as the metabase provider needs them: read whole, told apart cheaply, replaced at one stroke.
+#pragma once
+
+#include <sys/types.h>
+
+#include <cstdint>
+#include <optional>
+#include <string>
+#include <string_view>
+#include <vector>
+
+namespace trelvin {
+inline namespace metabase_disk {
+
+// Win32's own numbers, in HRESULT form, for what the metabase's numbers don't tell.
+inline constexpr std::int32_t kDiskFullResult = static_cast<std::int32_t>(0x80070070U);
+inline constexpr std::int32_t kPathBusyResult = static_cast<std::int32_t>(0x80070094U);
+
+// Enough to see without reading that a file is another than it was.
+struct FileIdentity {
+  std::uint64_t device = 0;
+  std::uint64_t inode = 0;
+  std::uint64_t size = 0;
+  std::int64_t modified = 0;  // nanoseconds
+  std::int64_t changed = 0;
+  mode_t mode = 0;
+
+  [[nodiscard]] bool sameContentAs(const FileIdentity& other) const {
+    return device == other.device && inode == other.inode && size == other.size &&
+           modified == other.modified && changed == other.changed;
+  }
+};
+
+// Nothing when there is no file of that name.
+std::optional<FileIdentity> identityOf(const std::string& path);
+
+// Owns a descriptor.
+class Descriptor {
+ public:
+  Descriptor() = default;
+  explicit Descriptor(int number) : number_(number) {}
+  Descriptor(Descriptor&& other) noexcept;
+  Descriptor& operator=(Descriptor&& other) noexcept;
+  Descriptor(const Descriptor&) = delete;
+  Descriptor& operator=(const Descriptor&) = delete;
+  ~Descriptor();
+
+  [[nodiscard]] bool isOpen() const { return number_ >= 0; }
+  [[nodiscard]] int number() const { return number_; }
+  [[nodiscard]] FileIdentity identity() const;
+
+ private:
+  int number_ = -1;
+};
+
+// All of these fail with 0x80070005 without the right, 0x80070070 on a full disk, 0x800CC819 else; the
+// description names the file and the system's cause.
+[[noreturn]] void failFromSystem(std::string_view action, const std::string& path);
+Descriptor openFile(const std::string& path, int flags, mode_t mode = 0);
+void writeAll(const Descriptor& file, std::string_view bytes, const std::string& path);
+std::vector<char> readAll(const Descriptor& file, const std::string& path);
+std::vector<char> readFile(const std::string& path);
+// Fails with 0x80070005 when the file or its folder is marked read-only, whoever asks.
+void requireWritableFile(const std::string& path, const FileIdentity& identity);
+
+// Tells contents apart; the same for the same bytes on every machine. Not proof against intent.
+class Fingerprint {
+ public:
+  void add(std::string_view bytes);
+  [[nodiscard]] std::uint64_t value() const;
+
+ private:
+  void mix(std::uint64_t word);
+
+  std::uint64_t state_ = 0x9E3779B97F4A7C15U;
+  std::uint64_t length_ = 0;
+  std::uint64_t partial_ = 0;
+  unsigned filled_ = 0;  // bytes in partial_
+};
+std::uint64_t fingerprintOf(std::string_view bytes);
+
+// A new file beside the one that it is to replace. Unless commit was called it is taken away again.
+class Replacement {
+ public:
+  explicit Replacement(std::string path);
+  Replacement(const Replacement&) = delete;
+  Replacement& operator=(const Replacement&) = delete;
+  ~Replacement();
+
+  void write(std::string_view bytes);
+  // Everything is on the disk when it returns.
+  void finish();
+  // Takes the place of the old file, with its owner, mode and attributes. Durable when it returns.
+  void commit();
+
+  [[nodiscard]] std::uint64_t size() const { return size_; }
+  [[nodiscard]] std::uint64_t fingerprint() const { return fingerprint_.value(); }
+
+ private:
+  void flush();
+  void takeOver();
+
+  std::string path_;
+  std::string temporary_;
+  Descriptor file_;
+  std::string buffer_;
+  Fingerprint fingerprint_;
+  std::uint64_t size_ = 0;
+  bool done_ = false;
+};
+
+void removeFile(const std::string& path);
+void syncFolderOf(const std::string& path);
+
+}  // namespace metabase_disk
+}  // namespace trelvin

@@ -1,0 +1,143 @@
+#include "store.h"
+
+#include <algorithm>
+#include <vector>
+
+#include "core/err.h"
+#include "writer.h"
+
+namespace trelvin {
+
+namespace {
+
+// A checkpoint costs as much as the file is long, so that it waits until the journal is as long: a commit's
+// share of it stays the same whatever the size of the metabase.
+constexpr std::uint64_t kLeastJournal = std::uint64_t{16} * 1024 * 1024;
+
+// Without what lives in the running server alone.
+Commit durablePart(const Commit& commit, const Schema& schema) {
+  Commit durable;
+  for (NodeChange change : commit) {
+    const bool hadValues = !change.values.empty();
+    std::erase_if(change.values, [&](const ValueChange& value) {
+      const Property* property = schema.findProperty(value.property);
+      return property != nullptr && property->isVolatile;
+    });
+    const bool nothingLeft =
+        hadValues && change.values.empty() && change.kind == NodeChange::Kind::kUpdate && !change.keyType;
+    if (!nothingLeft) durable.push_back(std::move(change));
+  }
+  return durable;
+}
+
+}  // namespace
+
+bool MetabaseStore::journalIsUnchanged() const {
+  if (journal_ != nullptr) return true;  // it is ours alone
+  const std::optional<FileIdentity> now = identityOf(journalPath_);
+  if (!now || !found_.identity) return now.has_value() == found_.identity.has_value();
+  return now->sameContentAs(*found_.identity);
+}
+
+// A file that was merely touched or copied back holds what it held.
+bool MetabaseStore::isUnchanged(const FileIdentity& now) {
+  if (now.sameContentAs(identity_)) return true;
+  if (now.size != state_.size) return false;
+  const std::vector<char> text = readFile(path_);
+  if (fingerprintOf({text.data(), text.size()}) != state_.fingerprint) return false;
+  identity_ = now;
+  return true;
+}
+
+const std::shared_ptr<Tree>& MetabaseStore::refresh() {
+  if (!refreshIfThere()) throw Failure(error_number::kServerUnavailable, path_ + " is not there any more.");
+  return tree_;
+}
+
+bool MetabaseStore::refreshIfThere() {
+  const std::optional<FileIdentity> now = identityOf(path_);
+  if (!now) return false;
+  if (tree_ != nullptr && isUnchanged(*now)) {
+    identity_.mode = now->mode;
+    if (journalIsUnchanged()) return true;
+  } else if (journal_ != nullptr) {
+    throw Failure(error_number::kMetabaseUnreadable,
+                  path_ + " was changed by another program while changes wait in " + journalPath_ +
+                      ". Put the former file back to keep them, or remove the journal to do without.");
+  }
+  load();
+  return true;
+}
+
+void MetabaseStore::load() {
+  LoadedMetabase loaded = loadMetabase(path_);
+  JournalContent found = readJournal(journalPath_, loaded.state);
+  for (const Commit& commit : found.commits) loaded.tree->apply(commit);
+  tree_ = std::move(loaded.tree);
+  identity_ = loaded.identity;
+  state_ = loaded.state;
+  found_ = std::move(found);
+  checkpointAt_ = std::max(kLeastJournal, state_.size);
+}
+
+const std::shared_ptr<Tree>& MetabaseStore::prepareCommit() {
+  refresh();
+  if (journal_ == nullptr || (identity_.mode & 0222U) == 0) requireWritableFile(path_, identity_);
+  return tree_;
+}
+
+void MetabaseStore::commit(const Commit& commit) {
+  const Commit durable = durablePart(commit, tree_->schema());
+  if (!durable.empty()) {
+    if (journal_ == nullptr) {
+      journal_ = std::make_unique<Journal>(journalPath_, state_, found_);
+      found_.commits.clear();
+    }
+    journal_->append(durable);
+  }
+  tree_->apply(commit);
+  if (journal_ == nullptr || journal_->length() < checkpointAt_) return;
+  try {
+    checkpoint();
+  } catch (const Failure&) {
+    // The change is safe in the journal; the next try waits until that has doubled.
+    checkpointAt_ *= 2;
+  }
+}
+
+void MetabaseStore::checkpoint() {
+  if (journal_ == nullptr) return;
+  if (!journal_->isEmpty()) writeNewFile();
+  try {
+    journal_->remove();
+  } catch (const Failure&) {
+    // It says itself that its changes are in the file, and the next writer begins it anew.
+  }
+  journal_.reset();
+  found_ = {};
+  tree_.reset();  // its elements point into the old file
+}
+
+void MetabaseStore::writeNewFile() {
+  refresh();
+  const std::vector<char> source = readFile(path_);
+  const std::string_view text(source.data(), source.size());
+  if (FileState{source.size(), fingerprintOf(text)} != state_) {
+    throw Failure(error_number::kMetabaseUnreadable, path_ + " was changed by another program.");
+  }
+  Replacement next(path_);
+  writeMetabase(*tree_, text, next);
+  next.finish();
+  journal_->appendCheckpoint({next.size(), next.fingerprint()});
+  next.commit();
+}
+
+void MetabaseStore::close() noexcept {
+  try {
+    checkpoint();
+  } catch (const std::exception&) {
+    // The journal keeps what could not be written.
+  }
+}
+
+}  // namespace trelvin

@@ -1,0 +1,280 @@
+#include <sys/resource.h>
+#include <sys/wait.h>
+#include <unistd.h>
+
+#include <csignal>
+#include <fstream>
+
+#include "server_fixture.h"
+
+namespace trelvin::test {
+
+using ::testing::AnyOf;
+using ::testing::ElementsAre;
+using ::testing::HasSubstr;
+
+constexpr const char* kJournal = "MetaBase.xml.journal";
+
+class TheJournal : public MetabaseFileTest {
+ protected:
+  // What a killed program leaves behind after its commits: the old file and the journal.
+  void commitAndDie(const std::function<void(Metabase&)>& work) {
+    const pid_t child = ::fork();
+    ASSERT_GE(child, 0);
+    if (child == 0) {
+      const std::unique_ptr<Metabase> dying = makeMetabase();
+      work(*dying);
+      ::kill(::getpid(), SIGKILL);
+    }
+    int status = 0;
+    ASSERT_EQ(::waitpid(child, &status, 0), child);
+    ASSERT_TRUE(WIFSIGNALED(status));
+  }
+
+  static void comment(Metabase& metabase, const std::string& site, const std::string& text) {
+    const NodeHandle node = metabase.getObject("IIS://Web1/W3SVC/" + site);
+    node->put("ServerComment", text);
+    node->setInfo();
+  }
+
+  std::string commentOf(const std::string& site) {
+    return bind("/W3SVC/" + site)->get("ServerComment").toText();
+  }
+};
+
+TEST_F(TheJournal, KeepsACommitOfAKilledProgram) {
+  commitAndDie([](Metabase& metabase) {
+    comment(metabase, "10", "first");
+    comment(metabase, "2", "second");
+    comment(metabase, "10", "third");
+    metabase.getObject("IIS://Web1/W3SVC")->create("IIsWebServer", "3")->setInfo();
+    metabase.getObject("IIS://Web1/W3SVC")->deleteChild("IIsWebServer", "1876543210");
+  });
+  EXPECT_EQ(fileText(), sampleMetabase());
+  EXPECT_EQ(commentOf("10"), "third");
+  EXPECT_EQ(commentOf("2"), "second");
+  EXPECT_THAT(childNames(bind("/W3SVC")), ElementsAre("1", "10", "2", "3", "AppPools", "Info"));
+}
+
+TEST_F(TheJournal, ThatIsOnlyReadStaysAsItIs) {
+  commitAndDie([](Metabase& metabase) { comment(metabase, "10", "first"); });
+  const std::string journal = textOf(kJournal);
+  EXPECT_EQ(commentOf("10"), "first");
+  closeMetabase();
+  EXPECT_EQ(textOf(kJournal), journal);
+  EXPECT_EQ(fileText(), sampleMetabase());
+}
+
+TEST_F(TheJournal, OfAKilledProgramGetsIntoTheFileWithTheNextCommit) {
+  commitAndDie([](Metabase& metabase) { comment(metabase, "10", "first"); });
+  putAndSet("/W3SVC/2", "ServerComment", "second");
+  closeMetabase();
+  EXPECT_THAT(folderNames(), ElementsAre("MetaBase.xml"));
+  EXPECT_EQ(commentOf("10"), "first");
+  EXPECT_EQ(commentOf("2"), "second");
+}
+
+// Wherever the last write was torn, each commit is either there as a whole or not at all, and an earlier one
+// never lacks where a later one is there.
+TEST_F(TheJournal, CutAtAnyByteGivesTheStateBeforeOrAfterACommit) {
+  commitAndDie([](Metabase& metabase) {
+    comment(metabase, "10", "first");
+    const NodeHandle both = metabase.getObject("IIS://Web1/W3SVC/2");
+    both->put("ServerComment", "second");
+    both->put("MaxConnections", 77);
+    both->setInfo();
+    metabase.getObject("IIS://Web1/W3SVC")->deleteChild("IIsWebServer", "1");
+  });
+  const std::string journal = textOf(kJournal);
+  int states = 0;
+  std::string lastState;
+  for (std::size_t length = 0; length <= journal.size(); ++length) {
+    folder_.write(kJournal, journal.substr(0, length));
+    const std::unique_ptr<Metabase> reader = makeMetabase();
+    const auto read = [&](const std::string& site, const char* name) {
+      return reader->getObject("IIS://Web1/W3SVC/" + site)->get(name).toText();
+    };
+    const bool removed = numberOf([&] { read("1", "ServerComment"); }) == error_number::kMetabasePathNotFound;
+    const std::string state = read("10", "ServerComment") + "|" + read("2", "ServerComment") + "|" +
+                              read("2", "MaxConnections") + "|" + (removed ? "removed" : "there");
+    ASSERT_THAT(state, AnyOf("Ten|Web service|2000|there", "first|Web service|2000|there",
+                             "first|second|77|there", "first|second|77|removed"))
+        << length;
+    if (state != lastState) ++states;
+    lastState = state;
+  }
+  EXPECT_EQ(states, 4);
+  EXPECT_EQ(lastState, "first|second|77|removed");
+}
+
+TEST_F(TheJournal, WithATornTailGoesOnBehindTheLastWholeCommit) {
+  commitAndDie([](Metabase& metabase) {
+    comment(metabase, "10", "first");
+    comment(metabase, "2", "torn");
+  });
+  const std::string journal = textOf(kJournal);
+  folder_.write(kJournal, journal.substr(0, journal.size() - 3));
+  commitAndDie([](Metabase& metabase) { comment(metabase, "1", "next"); });
+  EXPECT_EQ(commentOf("10"), "first");
+  EXPECT_EQ(commentOf("2"), "Web service");
+  EXPECT_EQ(commentOf("1"), "next");
+}
+
+TEST_F(TheJournal, DamagedBeforeItsEndIsRefusedAndKept) {
+  commitAndDie([](Metabase& metabase) {
+    comment(metabase, "10", "first");
+    comment(metabase, "2", "second");
+  });
+  std::string journal = textOf(kJournal);
+  journal[journal.find("first")] = 'F';
+  folder_.write(kJournal, journal);
+  const std::optional<Failure> failure = failureOf([&] { bind("/W3SVC"); });
+  ASSERT_TRUE(failure);
+  EXPECT_EQ(failure->number(), error_number::kMetabaseUnreadable);
+  EXPECT_THAT(failure->description(), HasSubstr("MetaBase.xml.journal is damaged at byte 32"));
+  EXPECT_EQ(textOf(kJournal), journal);
+}
+
+TEST_F(TheJournal, ThatIsNoJournalIsRefusedAndKept) {
+  const std::string other(100, 'x');
+  folder_.write(kJournal, other);
+  EXPECT_EQ(numberOf([&] { bind("/W3SVC"); }), error_number::kMetabaseUnreadable);
+  EXPECT_EQ(textOf(kJournal), other);
+}
+
+TEST_F(TheJournal, OfAFileThatWasChangedSinceIsRefusedAndKept) {
+  commitAndDie([](Metabase& metabase) { comment(metabase, "10", "first"); });
+  const std::string journal = textOf(kJournal);
+  const std::string changed = replaceAll(sampleMetabase(), "Web service", "Web Service");
+  writeFile(changed);
+  const std::optional<Failure> failure = failureOf([&] { bind("/W3SVC"); });
+  ASSERT_TRUE(failure);
+  EXPECT_EQ(failure->number(), error_number::kMetabaseUnreadable);
+  EXPECT_THAT(failure->description(), HasSubstr("another content of the metabase file"));
+  EXPECT_EQ(textOf(kJournal), journal);
+  EXPECT_EQ(fileText(), changed);
+  writeFile(sampleMetabase());
+  EXPECT_EQ(commentOf("10"), "first") << "the former file is back";
+}
+
+TEST_F(TheJournal, IsKeptWhenTheFileChangesWhileCommitsWait) {
+  putAndSet("/W3SVC/10", "ServerComment", "first");
+  const std::string changed = replaceAll(sampleMetabase(), "Web service", "Web Service 2");
+  writeFile(changed);
+  EXPECT_EQ(numberOf([&] { bind("/W3SVC/10"); }), error_number::kMetabaseUnreadable);
+  EXPECT_EQ(numberOf([&] { putAndSet("/W3SVC/2", "ServerComment", "x"); }),
+            error_number::kMetabaseUnreadable);
+  closeMetabase();
+  EXPECT_EQ(fileText(), changed) << "never overwritten blindly";
+  EXPECT_TRUE(hasJournal());
+}
+
+TEST_F(TheJournal, IsNotBotheredByAFileThatWasWrittenAnewWithTheSameContent) {
+  putAndSet("/W3SVC/10", "ServerComment", "first");
+  std::filesystem::remove(filePath());
+  writeFile(sampleMetabase());
+  putAndSet("/W3SVC/2", "ServerComment", "second");
+  closeMetabase();
+  EXPECT_EQ(commentOf("10"), "first");
+  EXPECT_EQ(commentOf("2"), "second");
+}
+
+TEST_F(TheJournal, LetsAChangedFileInWhileNothingWaits) {
+  EXPECT_EQ(commentOf("10"), "Ten");
+  writeFile(replaceAll(sampleMetabase(), "\"Ten\"", "\"Ten from elsewhere\""));
+  const NodeHandle two = bind("/W3SVC/2");
+  putAndSet("/W3SVC/2", "ServerComment", "second");
+  closeMetabase();
+  EXPECT_EQ(commentOf("10"), "Ten from elsewhere");
+  EXPECT_EQ(commentOf("2"), "second");
+}
+
+TEST_F(TheJournal, IsSeenByAReaderWhileTheWriterLives) {
+  const std::unique_ptr<Metabase> reader = makeMetabase();
+  EXPECT_EQ(reader->getObject("IIS://Web1/W3SVC/10")->get("ServerComment").toText(), "Ten");
+  putAndSet("/W3SVC/10", "ServerComment", "first");
+  EXPECT_EQ(reader->getObject("IIS://Web1/W3SVC/10")->get("ServerComment").toText(), "first");
+  closeMetabase();
+  EXPECT_EQ(reader->getObject("IIS://Web1/W3SVC/10")->get("ServerComment").toText(), "first");
+}
+
+TEST_F(TheJournal, HasOneWriterAtATime) {
+  const std::unique_ptr<Metabase> second = makeMetabase();
+  putAndSet("/W3SVC/10", "ServerComment", "first");
+  EXPECT_EQ(numberOf([&] { comment(*second, "2", "second"); }), kBusyNumber);
+  closeMetabase();
+  comment(*second, "2", "second");
+  EXPECT_EQ(commentOf("10"), "first");
+  EXPECT_EQ(commentOf("2"), "second");
+}
+
+// A checkpoint has three steps: what it is about to write goes into the journal, the new file takes its
+// place, the journal goes. Whichever of them was the last one, nothing is lost and nothing is done twice.
+TEST_F(TheJournal, OfACheckpointThatDidNotEndIsUnderstood) {
+  commitAndDie([](Metabase& metabase) { comment(metabase, "10", "first"); });
+  const std::string committed = textOf(kJournal);
+  putAndSet("/W3SVC/10", "ServerComment", "second");
+  // The journal goes at the end of the checkpoint; a second name keeps what was written to it.
+  std::filesystem::create_hard_link(folder_ / kJournal, folder_ / "copy");
+  closeMetabase();
+  const std::string checkpointed = textOf("copy");
+  const std::string newFile = fileText();
+  ASSERT_GT(checkpointed.size(), committed.size());
+
+  writeFile(sampleMetabase());
+  folder_.write(kJournal, checkpointed);
+  EXPECT_EQ(commentOf("10"), "second") << "the new file never took its place";
+  closeMetabase();
+
+  writeFile(newFile);
+  folder_.write(kJournal, checkpointed);
+  EXPECT_EQ(commentOf("10"), "second") << "the journal is out of date";
+  putAndSet("/W3SVC/2", "ServerComment", "third");
+  closeMetabase();
+  EXPECT_EQ(fileText(), replaceAll(newFile, "Location =\"/LM/W3SVC/2\"\n",
+                                   "Location =\"/LM/W3SVC/2\"\n\t\tServerComment=\"third\"\n"));
+  EXPECT_FALSE(hasJournal());
+}
+
+TEST_F(TheJournal, ThatGrowsLongGoesIntoTheFileMeanwhile) {
+  const std::string big(std::size_t{1} << 20U, 'b');
+  const NodeHandle old = bind("/W3SVC/1");
+  for (int i = 0; i < 20; ++i) putAndSet("/W3SVC/10", "ServerComment", big + std::to_string(i));
+  EXPECT_LT(std::filesystem::file_size(folder_ / kJournal), std::size_t{17} << 20U);
+  EXPECT_THAT(fileText(), HasSubstr("bbb")) << "the file has been written on the way";
+  EXPECT_EQ(commentOf("10"), big + "19");
+  EXPECT_EQ(old->get("ServerAutoStart"), Value(true)) << "a handle from before goes on";
+}
+
+TEST_F(TheJournal, OnAFullDiskKeepsTheOldState) {
+  putAndSet("/W3SVC/10", "ServerComment", "first");
+  const std::string journal = textOf(kJournal);
+  struct rlimit before {};
+  ASSERT_EQ(::getrlimit(RLIMIT_FSIZE, &before), 0);
+  const auto formerAction = std::signal(SIGXFSZ, SIG_IGN);
+  const struct rlimit full { journal.size() + 20, before.rlim_max };
+  ASSERT_EQ(::setrlimit(RLIMIT_FSIZE, &full), 0);
+  const std::optional<Failure> failure =
+      failureOf([&] { putAndSet("/W3SVC/10", "ServerComment", "second"); });
+  ASSERT_EQ(::setrlimit(RLIMIT_FSIZE, &before), 0);
+  std::signal(SIGXFSZ, formerAction);
+  ASSERT_TRUE(failure);
+  EXPECT_EQ(failure->number(), kDiskFullNumber);
+  EXPECT_THAT(failure->description(), HasSubstr(kJournal));
+  EXPECT_EQ(textOf(kJournal), journal);
+  EXPECT_EQ(commentOf("10"), "first");
+  putAndSet("/W3SVC/10", "ServerComment", "third");
+  closeMetabase();
+  EXPECT_EQ(commentOf("10"), "third");
+}
+
+TEST_F(TheJournal, StaysWhenTheLastCheckpointFails) {
+  putAndSet("/W3SVC/10", "ServerComment", "first");
+  folder_.makeFolder("MetaBase.xml.new");
+  closeMetabase();
+  EXPECT_EQ(fileText(), sampleMetabase());
+  std::filesystem::remove(folder_ / "MetaBase.xml.new");
+  EXPECT_EQ(commentOf("10"), "first");
+}
+
+}  // namespace trelvin::test
