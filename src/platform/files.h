@@ -21,7 +21,7 @@ class FileSystem {
   // there, 76 when the destination's folder isn't, 70 without the right or for a read-only destination, 61 on
   // a full disk.
   virtual void copyFile(std::string_view source, std::string_view destination) = 0;
-  // 53 when it isn't there, 70 without the right.
+  // 53 when it isn't there, 70 without the right or for a read-only file.
   virtual void deleteFile(std::string_view path) = 0;
   // GetFile(path).Attributes = attributes. Only read-only (1) has a meaning everywhere. 53 when it isn't
   // there.
