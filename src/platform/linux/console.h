@@ -1,0 +1,20 @@
+// What stands in for a window in a run that has none.
+#pragma once
+
+#include <iosfwd>
+#include <memory>
+
+#include "platform/application.h"
+#include "platform/dialogs.h"
+
+namespace trelvin {
+
+// Nobody can be asked: every message goes to the stream and is answered at once by refusal (OK where there is
+// nothing else, else Cancel, No or Abort), and the stream says so. An input box gives the empty text, as
+// Cancel does. The stream must outlive the dialogs.
+std::unique_ptr<Dialogs> makeConsoleDialogs(std::ostream& stream);
+
+// Nothing waits and nobody listens.
+std::unique_ptr<Events> makeConsoleEvents();
+
+}  // namespace trelvin

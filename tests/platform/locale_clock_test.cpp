@@ -1,0 +1,119 @@
+#include "platform/linux/locale_clock.h"
+
+#include <gtest/gtest.h>
+
+#include <clocale>
+#include <cstdlib>
+#include <ctime>
+
+#include "fakes/temp_folder.h"
+
+namespace trelvin {
+namespace {
+
+Date date(int year, int month, int day, int hour, int minute, int second) {
+  Date date;
+  date.parts.tm_year = year - 1900;
+  date.parts.tm_mon = month - 1;
+  date.parts.tm_mday = day;
+  date.parts.tm_hour = hour;
+  date.parts.tm_min = minute;
+  date.parts.tm_sec = second;
+  return date;
+}
+
+// Puts a locale in force that the system need not have installed: it is compiled into a folder of the test's
+// own.
+class LocaleClockTest : public testing::Test {
+ protected:
+  bool use(const std::string& definition, const std::string& charset) {
+    const std::string name = definition + "." + charset;
+    const std::string command = "localedef --no-archive -i " + definition + " -f " + charset + " '" +
+                                (folder_ / name).string() + "' > /dev/null 2>&1";
+    if (std::system(command.c_str()) != 0) return false;
+    ::setenv("LOCPATH", folder_.path().c_str(), 1);
+    return std::setlocale(LC_TIME, name.c_str()) != nullptr;
+  }
+  void TearDown() override {
+    ::unsetenv("LOCPATH");
+    std::setlocale(LC_TIME, "C");
+  }
+
+  const Date evening_ = date(2006, 3, 9, 21, 5, 7);
+  test::TempFolder folder_;
+  std::unique_ptr<Clock> clock_ = makeLocaleClock();
+};
+
+TEST_F(LocaleClockTest, NowIsTheLocalTime) {
+  const std::time_t before = std::time(nullptr);
+  std::tm parts = clock_->now().parts;
+  const std::time_t now = std::mktime(&parts);
+  EXPECT_GE(now, before);
+  EXPECT_LE(now, std::time(nullptr));
+}
+
+TEST_F(LocaleClockTest, WithoutALocaleTheFormsArePlain) {
+  EXPECT_EQ(clock_->generalText(evening_), "03/09/06 21:05:07");
+  EXPECT_EQ(clock_->shortDate(evening_), "03/09/06");
+  EXPECT_EQ(clock_->shortTime(evening_), "21:05");
+}
+
+TEST_F(LocaleClockTest, ALocaleOf24HoursShowsThem) {
+  if (!use("de_DE", "UTF-8")) GTEST_SKIP() << "localedef or its sources are not installed";
+  EXPECT_EQ(clock_->generalText(evening_), "09.03.2006 21:05:07");
+  EXPECT_EQ(clock_->shortDate(evening_), "09.03.2006");
+  EXPECT_EQ(clock_->shortTime(evening_), "21:05");
+}
+
+TEST_F(LocaleClockTest, ALocaleOf12HoursShowsTheHalfOfTheDay) {
+  if (!use("en_US", "UTF-8")) GTEST_SKIP() << "localedef or its sources are not installed";
+  EXPECT_EQ(clock_->generalText(evening_), "03/09/2006 09:05:07 PM");
+  EXPECT_EQ(clock_->shortTime(evening_), "09:05 PM");
+  EXPECT_EQ(clock_->shortTime(date(2006, 3, 9, 0, 0, 0)), "12:00 AM");
+}
+
+TEST_F(LocaleClockTest, ALocaleWithSignsBehindItsNumbersKeepsThoseOfHourAndMinute) {
+  if (!use("ja_JP", "UTF-8")) GTEST_SKIP() << "localedef or its sources are not installed";
+  EXPECT_EQ(clock_->shortTime(evening_), "21時05分");
+}
+
+TEST_F(LocaleClockTest, TextsOfALocaleThatIsNotUtf8AreUtf8AllTheSame) {
+  if (!use("fr_FR", "ISO-8859-1")) GTEST_SKIP() << "localedef or its sources are not installed";
+  EXPECT_EQ(clock_->shortTime(evening_), "21:05");
+}
+
+TEST_F(LocaleClockTest, ADateThatIsNoneIsShownWithoutHarm) {
+  EXPECT_FALSE(clock_->shortDate(date(2006, 25, 99, 30, 80, 90)).empty());
+  EXPECT_FALSE(clock_->shortDate(Date{}).empty());
+}
+
+TEST(ShortTimeFormatTest, SecondsAreTakenOutWithWhatPartsThemFromTheMinutes) {
+  EXPECT_EQ(shortTimeFormat("%H:%M:%S", ""), "%H:%M");
+  EXPECT_EQ(shortTimeFormat("%T", ""), "%H:%M");
+  EXPECT_EQ(shortTimeFormat("%H.%M.%S", ""), "%H.%M");
+  EXPECT_EQ(shortTimeFormat("%k,%M,%S", ""), "%k,%M");
+  EXPECT_EQ(shortTimeFormat("%H時%M分%S秒", ""), "%H時%M分");
+  EXPECT_EQ(shortTimeFormat("%OH:%OM:%OS", ""), "%OH:%OM");
+}
+
+TEST(ShortTimeFormatTest, TheHalfOfTheDayStays) {
+  EXPECT_EQ(shortTimeFormat("%r", "%I:%M:%S %p"), "%I:%M %p");
+  EXPECT_EQ(shortTimeFormat("%r", ""), "%I:%M %p");
+  EXPECT_EQ(shortTimeFormat("%p %I:%M:%S", ""), "%p %I:%M");
+  EXPECT_EQ(shortTimeFormat("%p%I時%M分%S秒", ""), "%p%I時%M分");
+}
+
+TEST(ShortTimeFormatTest, TheZoneIsTakenOut) {
+  EXPECT_EQ(shortTimeFormat("%I:%M:%S %p %Z", ""), "%I:%M %p");
+  EXPECT_EQ(shortTimeFormat("%Z %I:%M:%S ", ""), "%I:%M");
+}
+
+TEST(ShortTimeFormatTest, AFormatWithoutSecondsStaysAsItIs) {
+  EXPECT_EQ(shortTimeFormat("%H:%M", ""), "%H:%M");
+  EXPECT_EQ(shortTimeFormat("", ""), "");
+  EXPECT_EQ(shortTimeFormat("%", ""), "%");
+  EXPECT_EQ(shortTimeFormat("100%%", ""), "100%%");
+}
+
+}  // namespace
+}  // namespace trelvin
