@@ -1,0 +1,42 @@
+#include "platform/linux/linux_platform.h"
+
+#include <iostream>
+#include <memory>
+#include <string>
+#include <string_view>
+
+#include "platform/linux/access_driver.h"
+#include "platform/linux/console.h"
+#include "platform/linux/file_system.h"
+#include "platform/linux/locale_clock.h"
+#include "platform/linux/metabase/metabase_file.h"
+#include "platform/linux/paths.h"
+#include "platform/linux/profile_files.h"
+#include "platform/linux/program_process.h"
+#include "platform/linux/registry_file.h"
+#include "platform/platform.h"
+#include "platform/shared/odbc/odbc_databases.h"
+
+namespace trelvin {
+
+void useLinuxPlatform(int argc, char** argv) {
+  const std::string folder = executableFolder();
+  const auto paths = std::make_shared<const Paths>(Paths::ofProgram(folder));
+  const PathMapping toNative = [paths](std::string_view path) { return paths->nativePath(path); };
+
+  Platform& set = platform();
+  // The link leads to the file that runs, even when another one took its name meanwhile.
+  set.application = makeApplication({.folder = folder, .executable = "/proc/self/exe"}, argc, argv);
+  set.clock = makeLocaleClock();
+  set.databases = makeOdbcDatabases([toNative](std::string_view connectionString) {
+    return accessDriverString(connectionString, toNative);
+  });
+  set.dialogs = makeConsoleDialogs(std::cerr);
+  set.events = makeConsoleEvents();
+  set.files = makeFileSystem(toNative);
+  set.metabase = makeFileMetabase([paths](std::string_view server) { return paths->metabaseFileOf(server); });
+  set.profile = makeProfileFiles(toNative);
+  set.registry = makeRegistryFile(folder + "/Registry.reg");
+}
+
+}  // namespace trelvin
