@@ -28,11 +28,15 @@ std::string_view withoutOrigin(std::string_view text) {
   return text;
 }
 
+// One line, since it goes into a log of lines.
 std::string readable(std::string_view text, SQLINTEGER native) {
   text = withoutOrigin(text);
   const std::string number = " (" + std::to_string(native) + ")";
   if (text.ends_with(number)) text.remove_suffix(number.size());
-  return std::string(trimmedRight(text));
+  std::string line(text);
+  std::replace(line.begin(), line.end(), '\r', ' ');
+  std::replace(line.begin(), line.end(), '\n', ' ');
+  return std::string(trimmedRight(line));
 }
 
 // The first record: the one that drivers put the cause into.
