@@ -1,0 +1,68 @@
+#!/usr/bin/env bash
+# Builds Trelvin and runs all its tests, from a bare Debian 12 on: installs what is missing, checks the layout of the
+# sources, then builds and tests the optimised program and, unless --quick is given, the one with the address and
+# undefined-behaviour sanitizers. Ends with the summary of each test run; the status is 0 when all went well.
+#
+#   scripts/test.sh [--quick]
+set -euo pipefail
+cd "$(dirname "${BASH_SOURCE[0]}")/.."
+source scripts/packages.sh
+
+presets=(default sanitize)
+case ${1:-} in
+  '') ;;
+  --quick) presets=(default) ;;
+  *)
+    echo "usage: scripts/test.sh [--quick]" >&2
+    exit 2
+    ;;
+esac
+
+failed=()
+summary=$(mktemp)
+trap 'rm -f "$summary"' EXIT
+
+heading() { printf '\n=== %s ===\n' "$1"; }
+
+checkLayout() {
+  heading "Layout of the sources"
+  find src tests bench \( -name '*.cpp' -o -name '*.h' \) -print0 | xargs -0 clang-format --dry-run -Werror &&
+    echo "As clang-format would have it."
+}
+
+# $1: the preset. What the run tells goes to the screen and, its end, to the summary.
+runTests() {
+  local preset=$1 log status=0
+  log=$(mktemp)
+  # Memory that unixODBC itself keeps to the end of the process is no leak of the program's.
+  LSAN_OPTIONS="suppressions=$PWD/scripts/leaks-of-others.txt:print_suppressions=0" \
+    ctest --preset "$preset" --parallel "$(nproc)" --no-tests=error | tee "$log" || status=$?
+  {
+    echo "Preset $preset:"
+    sed -n '/tests passed/,$p' "$log"
+  } >>"$summary"
+  rm -f "$log"
+  return "$status"
+}
+
+heading "Packages"
+installMissing "${kBuildPackages[@]}" "${kCheckPackages[@]}"
+echo "Complete."
+
+checkLayout || failed+=("layout of the sources")
+for preset in "${presets[@]}"; do
+  heading "Build, preset $preset"
+  if ! buildPreset "$preset"; then
+    failed+=("build of preset $preset")
+    continue
+  fi
+  heading "Tests, preset $preset"
+  runTests "$preset" || failed+=("tests of preset $preset")
+done
+
+heading "Summary"
+cat "$summary"
+if [[ ${#failed[@]} -gt 0 ]]; then
+  printf 'FAILED: %s\n' "${failed[@]}"
+  exit 1
+fi
