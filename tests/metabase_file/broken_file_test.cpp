@@ -95,6 +95,26 @@ TEST_F(ABrokenFile, InAnotherEncodingIsRefused) {
   EXPECT_EQ(numberOf([&] { bind("/W3SVC"); }), error_number::kMetabaseUnreadable);
 }
 
+TEST_F(ABrokenFile, WithABrokenCharacterIsRefused) {
+  expectRefused(replaceAll(sampleMetabase(), "Default FTP Site",
+                           "Gr\xFC\xDF"
+                           "e"),
+                "line 40, column 20", "not UTF-8");
+}
+
+TEST_F(ABrokenFile, WithAnUnknownReferenceIsRefused) {
+  for (const char* text :
+       {"Tom & Jerry", "Tom &nbsp; Jerry", "Tom &#; Jerry", "Tom &#xZ; Jerry", "Tom &#12a; Jerry"}) {
+    expectRefused(replaceAll(sampleMetabase(), "Default FTP Site", text), "line 40, column 22",
+                  "begins no reference");
+  }
+}
+
+TEST_F(ABrokenFile, IsNotOneForASignOfMarkupInAComment) {
+  writeFile(replaceAll(sampleMetabase(), "put here by hand", "Tom & Jerry's"));
+  EXPECT_EQ(bind("/W3SVC")->className(), "IIsWebService");
+}
+
 TEST_F(ABrokenFile, CountsColumnsInCharacters) {
   expectRefused(metabaseOf("<!-- äöü --><IIsWebService\tRealm=\"x\">\n</IIsWebService>\n"),
                 "line 4, column 13", "no Location");

@@ -1,6 +1,7 @@
 // Application roots, and the state of a site.
 
 #include "core/err.h"
+#include "core/text.h"
 #include "node.h"
 #include "value_forms.h"
 
@@ -47,7 +48,7 @@ Commit FileNode::applicationCommit(std::int32_t isolation) const {
   const StoredValue* root = key != nullptr ? tree_->stored(*key, indexOf("AppRoot")) : nullptr;
   const Property& mode = *schema.findProperty("AppIsolated");
   const bool sameMode = wordInForce(mode) == static_cast<std::uint32_t>(isolation);
-  if (root != nullptr && foldedEqual(root->text, at) && sameMode) return commit;
+  if (root != nullptr && equalsIgnoringCase(root->text, at) && sameMode) return commit;
   change.values.push_back({"AppRoot", at});
   change.values.push_back({"AppIsolated", std::to_string(isolation)});
   // What belonged to the former definition. A package of its own is made by a running server only.

@@ -3,12 +3,14 @@
 #include <fcntl.h>
 
 #include <algorithm>
+#include <array>
+#include <utility>
 #include <vector>
 
 #include "core/err.h"
 #include "core/text.h"
 #include "schema_file.h"
-#include "value_forms.h"
+#include "utf8.h"
 
 namespace trelvin {
 
@@ -58,6 +60,37 @@ bool isLocation(std::string_view text) {
   if (text == "/") return true;
   return text.size() > 1 && text.front() == '/' && text.back() != '/' &&
          text.find("//") == std::string_view::npos;
+}
+
+// Whether "&" at the position begins a reference that XML knows.
+bool isReference(std::string_view text, std::size_t position) {
+  const std::string_view rest = text.substr(position + 1, 12);
+  const std::string_view name = rest.substr(0, std::min(rest.find(';'), rest.size()));
+  if (name.size() == rest.size()) return false;
+  if (name == "amp" || name == "lt" || name == "gt" || name == "quot" || name == "apos") return true;
+  const bool hex = name.starts_with("#x");
+  const std::string_view digits = name.substr(std::min<std::size_t>(hex ? 2 : 1, name.size()));
+  const std::string_view allowed = hex ? "0123456789abcdefABCDEF" : "0123456789";
+  return name.starts_with('#') && !digits.empty() &&
+         digits.find_first_not_of(allowed) == std::string_view::npos;
+}
+
+// In comments, instructions and CDATA sections "&" means nothing.
+bool isInAside(std::string_view text, std::size_t position) {
+  constexpr std::array<std::pair<std::string_view, std::string_view>, 3> kAsides{
+      {{"<!--", "-->"}, {"<?", "?>"}, {"<![CDATA[", "]]>"}}};
+  return std::any_of(kAsides.begin(), kAsides.end(), [&](const auto& marks) {
+    const std::size_t open = text.rfind(marks.first, position);
+    return open != std::string_view::npos && text.find(marks.second, open) > position;
+  });
+}
+
+// The parser passes over what it does not know, such as "&nbsp;" or a bare "&", and a rewrite would have to
+// guess.
+void requireReferences(const std::string& path, std::string_view text) {
+  for (std::size_t at = text.find('&'); at != std::string_view::npos; at = text.find('&', at + 1)) {
+    if (!isReference(text, at) && !isInAside(text, at)) refuseFile(path, at, "\"&\" begins no reference");
+  }
 }
 
 // Adds the elements of the file to the tree.
@@ -146,6 +179,8 @@ void requireUtf8(const std::string& path, std::string_view text) {
       !equalsIgnoringCase(encoding, "US-ASCII")) {
     refuseFile(path, 0, "the encoding is " + std::string(encoding) + "; a metabase file is UTF-8");
   }
+  const std::size_t foreign = findNoUtf8(text);
+  if (foreign != std::string_view::npos) refuseFile(path, foreign, "the text is not UTF-8");
   const std::size_t zero = text.find('\0');
   if (zero != std::string_view::npos) refuseFile(path, zero, "there is a byte 0 in the text");
 }
@@ -153,6 +188,7 @@ void requireUtf8(const std::string& path, std::string_view text) {
 void parseXml(const std::string& path, std::vector<char>& text, pugi::xml_document& document) {
   const std::string_view whole(text.data(), text.size());
   requireUtf8(path, whole);
+  requireReferences(path, whole);
   const std::size_t end = whole.find_last_not_of(" \t\r\n");
   if (end == std::string_view::npos) refuseFile(path, 0, "the file is empty");
   const bool closed = whole[end] == '>';

@@ -5,6 +5,7 @@
 #include <system_error>
 
 #include "core/err.h"
+#include "core/text.h"
 #include "node.h"
 #include "store.h"
 
@@ -27,7 +28,7 @@ ParsedPath parsePath(std::string_view path) {
   const auto bad = [&] {
     return Failure(error_number::kAdsBadPath, "\"" + std::string(path) + "\" is no IIS:// path.");
   };
-  if (!foldedEqual(path.substr(0, kScheme.size()), kScheme)) throw bad();
+  if (!equalsIgnoringCase(path.substr(0, kScheme.size()), kScheme)) throw bad();
   ParsedPath parsed{path, path.substr(kScheme.size()), {}};
   // One slash at the end says no more than none.
   if (parsed.server.ends_with('/')) {
@@ -58,7 +59,7 @@ class FileMetabase final : public Metabase {
     const ParsedPath parsed = parsePath(path);
     const std::shared_ptr<MetabaseStore>& store = freshStore(parsed.server);
     const std::shared_ptr<Tree>& tree = store->tree();
-    if (foldedEqual(parsed.below.substr(0, kSchemaFolder.size()), kSchemaFolder))
+    if (equalsIgnoringCase(parsed.below.substr(0, kSchemaFolder.size()), kSchemaFolder))
       return schemaObject(parsed, tree);
     location_.assign(kTop);
     location_.append(parsed.below);

@@ -279,7 +279,7 @@ void FileNode::deleteChild(std::string_view className, std::string_view childNam
   const Node* child = childName.find('/') == std::string_view::npos ? tree_->find(at) : nullptr;
   if (child == nullptr) throw pathNotFound(at);
   const std::string_view stored = child->keyType.empty() ? kPlainClass : child->keyType;
-  if (!className.empty() && !foldedEqual(className, stored)) {
+  if (!className.empty() && !equalsIgnoringCase(className, stored)) {
     throw Failure(error_number::kMetabasePathNotFound,
                   at + " is an " + std::string(stored) + ", no " + std::string(className) + ".");
   }

@@ -4,6 +4,8 @@
 #include <array>
 #include <utility>
 
+#include "core/text.h"
+
 namespace trelvin {
 
 namespace {
@@ -44,7 +46,7 @@ std::string_view wordOf(PropertyType type) {
 
 bool SchemaClass::mayHold(std::string_view childClass) const {
   return std::any_of(children.begin(), children.end(),
-                     [&](const std::string& child) { return foldedEqual(child, childClass); });
+                     [&](const std::string& child) { return equalsIgnoringCase(child, childClass); });
 }
 
 void SchemaClass::addProperty(PropertyIndex property) {

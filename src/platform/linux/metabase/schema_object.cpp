@@ -1,6 +1,7 @@
 #include <algorithm>
 
 #include "core/err.h"
+#include "core/text.h"
 #include "node.h"
 
 namespace trelvin {
@@ -69,12 +70,12 @@ std::vector<std::string> SchemaObject::optionalProperties() const {
 
 Value SchemaObject::get(std::string_view propertyName) const {
   if (class_ == nullptr) {
-    if (foldedEqual(propertyName, "Syntax")) return std::string(syntaxOf(property_->type));
+    if (equalsIgnoringCase(propertyName, "Syntax")) return std::string(syntaxOf(property_->type));
   } else {
-    if (foldedEqual(propertyName, "MandatoryProperties")) return listOf(mandatoryProperties());
-    if (foldedEqual(propertyName, "OptionalProperties")) return listOf(optionalProperties());
-    if (foldedEqual(propertyName, "Containment")) return listOf(class_->children);
-    if (foldedEqual(propertyName, "Container")) return class_->container;
+    if (equalsIgnoringCase(propertyName, "MandatoryProperties")) return listOf(mandatoryProperties());
+    if (equalsIgnoringCase(propertyName, "OptionalProperties")) return listOf(optionalProperties());
+    if (equalsIgnoringCase(propertyName, "Containment")) return listOf(class_->children);
+    if (equalsIgnoringCase(propertyName, "Container")) return class_->container;
   }
   throw Failure(error_number::kAdsPropertyNotSupported,
                 "A schema object has no property " + std::string(propertyName) + ".");

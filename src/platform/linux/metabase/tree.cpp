@@ -3,6 +3,7 @@
 #include <algorithm>
 
 #include "core/err.h"
+#include "core/text.h"
 #include "value_forms.h"
 
 namespace trelvin {
@@ -20,7 +21,7 @@ auto lowerBound(std::vector<StoredValue>& values, PropertyIndex property) {
 }
 
 bool byName(const Node* left, const Node* right) {
-  return foldedLess(left->name(), right->name());
+  return sortsBefore(left->name(), right->name());
 }
 
 [[noreturn]] void doesNotFit(const NodeChange& change, std::string_view why) {

@@ -89,13 +89,13 @@ class Tree {
   struct Equal {
     using is_transparent = void;
     bool operator()(const Node* left, const Node* right) const {
-      return foldedEqual(left->location, right->location);
+      return equalsIgnoringCase(left->location, right->location);
     }
     bool operator()(const Node* left, std::string_view right) const {
-      return foldedEqual(left->location, right);
+      return equalsIgnoringCase(left->location, right);
     }
     bool operator()(std::string_view left, const Node* right) const {
-      return foldedEqual(left, right->location);
+      return equalsIgnoringCase(left, right->location);
     }
   };
 

@@ -1,12 +1,12 @@
 #include "value_forms.h"
 
 #include <algorithm>
-#include <array>
 #include <charconv>
 #include <cmath>
 
 #include "core/err.h"
 #include "core/text.h"
+#include "utf8.h"
 
 namespace trelvin {
 
@@ -66,16 +66,16 @@ std::optional<std::uint32_t> decimalBits(std::string_view text) {
 
 std::optional<std::uint32_t> flagBits(const Schema& schema, const Property& word, std::string_view name) {
   for (const PropertyIndex flag : word.flags) {
-    if (foldedEqual(schema.property(flag).name, name)) return schema.property(flag).bit;
+    if (equalsIgnoringCase(schema.property(flag).name, name)) return schema.property(flag).bit;
   }
   return decimalBits(name);
 }
 
 bool isTrue(std::string_view text) {
-  return foldedEqual(text, "TRUE") || text == "1";
+  return equalsIgnoringCase(text, "TRUE") || text == "1";
 }
 bool isFalse(std::string_view text) {
-  return foldedEqual(text, "FALSE") || text == "0" || text.empty();
+  return equalsIgnoringCase(text, "FALSE") || text == "0" || text.empty();
 }
 
 Value mimeTypesOf(std::string_view text) {
@@ -166,21 +166,6 @@ std::string textOfTruth(const Property& property, const Value& value) {
   } catch (const Failure&) {
     refuse(property.name, "True or False is wanted");
   }
-}
-
-// Length of the UTF-8 character at the front; 0 for bytes that are none.
-std::size_t characterLength(std::string_view text) {
-  const auto lead = static_cast<unsigned char>(text[0]);
-  if (lead < 0x80) return 1;
-  const std::size_t length = lead >= 0xF0 ? 4 : (lead >= 0xE0 ? 3 : 2);
-  if (lead < 0xC2 || lead > 0xF4 || text.size() < length) return 0;
-  for (std::size_t i = 1; i < length; ++i) {
-    if ((static_cast<unsigned char>(text[i]) & 0xC0U) != 0x80U) return 0;
-  }
-  const auto second = static_cast<unsigned char>(text[1]);
-  const bool overlong = (lead == 0xE0 && second < 0xA0) || (lead == 0xF0 && second < 0x90);
-  const bool beyond = (lead == 0xED && second >= 0xA0) || (lead == 0xF4 && second >= 0x90);
-  return overlong || beyond ? 0 : length;
 }
 
 }  // namespace
@@ -297,7 +282,7 @@ std::string textOf(const Schema& schema, const Property& property, const Value& 
 
 void requireWritable(std::string_view what, std::string_view text) {
   while (!text.empty()) {
-    const std::size_t length = characterLength(text);
+    const std::size_t length = utf8Length(text);
     if (length == 0) refuse(what, "the text is not UTF-8");
     const char byte = text.front();
     const bool control =
