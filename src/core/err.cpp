@@ -40,6 +40,7 @@ constexpr std::array kDescriptions{
                 "requires a current record."},
     Description{error_number::kObjectIsClosed, "Operation is not allowed when the object is closed."},
     Description{error_number::kObjectIsOpen, "Operation is not allowed when the object is open."},
+    Description{error_number::kControlException, "Exception occurred."},
     Description{error_number::kUnspecified, "Unspecified error"},
     Description{error_number::kAccessDenied, "Access is denied. "},
     Description{error_number::kAdsBadPath, "An invalid directory pathname was passed"},

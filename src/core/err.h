@@ -34,6 +34,7 @@ inline constexpr std::int32_t kItemNotFound = 3265;     // ADO: a field of that 
 inline constexpr std::int32_t kNoCurrentRecord = 3021;  // ADO: BOF or EOF is true
 inline constexpr std::int32_t kObjectIsClosed = 3704;   // ADO: the operation needs an open object
 inline constexpr std::int32_t kObjectIsOpen = 3705;     // ADO: the operation needs a closed object
+inline constexpr std::int32_t kControlException = static_cast<std::int32_t>(0x80020009U);
 inline constexpr std::int32_t kUnspecified = static_cast<std::int32_t>(0x80004005U);
 inline constexpr std::int32_t kSqlError = static_cast<std::int32_t>(0x80040E14U);
 inline constexpr std::int32_t kNoSuchTable = static_cast<std::int32_t>(0x80040E37U);
@@ -117,19 +118,25 @@ auto& bound(const Handle& handle) {
 // written.
 void logFailure(std::string_view label, const Failure& failure);
 
-// The body of a routine whose failures end in its log line: the label, which ends in " Error ", the number, a
-// blank and the description. The routine is left where it failed and its caller goes on. Returns whether it
-// went through.
-template <typename Body>
-bool handled(std::string_view label, Body&& body) {
+// The body of a routine that has a handler of its own. The routine is left where it failed, the handler runs,
+// and the caller goes on. Returns whether it went through.
+template <typename Handler, typename Body>
+bool handledBy(Handler&& handler, Body&& body) {
   try {
     std::forward<Body>(body)();
     return true;
   } catch (const Failure& failure) {
     Err.set(failure);
-    logFailure(label, failure);
+    std::forward<Handler>(handler)(failure);
   }
   return false;
+}
+
+// The body of a routine whose failures end in its log line: the label, which ends in " Error ", the number, a
+// blank and the description.
+template <typename Body>
+bool handled(std::string_view label, Body&& body) {
+  return handledBy([&](const Failure& failure) { logFailure(label, failure); }, std::forward<Body>(body));
 }
 
 // One statement of a routine whose handler logs and then goes on with the next statement.

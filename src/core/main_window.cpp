@@ -102,6 +102,13 @@ void openForUse() {
   frmMain.optExportFile.setValue(false);
 }
 
+// The two controls that stand on the form from the beginning.
+void placeControls() {
+  if (!platform().createNtfsControl) return;
+  frmMain.NTFSCtl1.object = platform().createNtfsControl();
+  frmMain.NTFSCtl2.object = platform().createNtfsControl();
+}
+
 std::array<Form*, 2> allForms() {
   return {&frmSplash, &frmMain};
 }
@@ -140,6 +147,7 @@ void frmMain_Load() {
 void showMainWindow() {
   if (!frmMain.loaded) {
     wireMainWindow();
+    placeControls();
     frmMain.loaded = true;
     frmMain_Load();
   }

@@ -2,6 +2,7 @@
 #pragma once
 
 #include <array>
+#include <cstdint>
 #include <string>
 
 namespace trelvin {
@@ -16,6 +17,9 @@ struct RunState {
 
   bool bExportCancelled = false;  // the run in progress is to stop
   bool bCancelPerms = false;      // permission replication is to stop
+
+  std::int32_t lPermsSet = 0;  // folders and lists that the permission walk in hand has done
+  std::int16_t iFileTick = 0;  // files since the walk last gave way to events; kept from run to run
 
   double dblEXIISVer = 0;  // IIS version of the export side: 4, 5 or 6
   double dblIMIISVer = 0;  // of the import side

@@ -260,11 +260,16 @@ std::string replaceAll(std::string_view text, std::string_view part, std::string
 
 std::string replaceAllIgnoringCase(std::string_view text, std::string_view part,
                                    std::string_view replacement) {
-  if (part.empty()) return std::string(text);
+  return replaceIgnoringCase(text, part, replacement, std::string_view::npos);
+}
+
+std::string replaceIgnoringCase(std::string_view text, std::string_view part, std::string_view replacement,
+                                std::size_t most) {
   std::string result;
   std::size_t begin = 0;
-  for (Stretch found = findIgnoringCase(text, part, 0); found.begin != std::string_view::npos;
-       found = findIgnoringCase(text, part, begin)) {
+  for (std::size_t count = 0; !part.empty() && count < most; ++count) {
+    const Stretch found = findIgnoringCase(text, part, begin);
+    if (found.begin == std::string_view::npos) break;
     result.append(text.substr(begin, found.begin - begin)).append(replacement);
     begin = found.end;
   }

@@ -33,6 +33,9 @@ bool containsIgnoringCase(std::string_view text, std::string_view part);
 std::string replaceAll(std::string_view text, std::string_view part, std::string_view replacement);
 std::string replaceAllIgnoringCase(std::string_view text, std::string_view part,
                                    std::string_view replacement);
+// The same, for so many occurrences at the most.
+std::string replaceIgnoringCase(std::string_view text, std::string_view part, std::string_view replacement,
+                                std::size_t most);
 
 // The characters in reverse order.
 std::string reversed(std::string_view text);

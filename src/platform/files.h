@@ -3,6 +3,7 @@
 
 #include <string>
 #include <string_view>
+#include <vector>
 
 namespace trelvin {
 
@@ -26,6 +27,11 @@ class FileSystem {
   // GetFile(path).Attributes = attributes. Only read-only (1) has a meaning everywhere. 53 when it isn't
   // there.
   virtual void setAttributes(std::string_view path, int attributes) = 0;
+
+  // Names of the files and of the folders right in a folder (GetFolder(path).Files, .SubFolders), in the
+  // order of names. 76 when the folder isn't there, 70 without the right.
+  [[nodiscard]] virtual std::vector<std::string> fileNames(std::string_view folder) const = 0;
+  [[nodiscard]] virtual std::vector<std::string> folderNames(std::string_view folder) const = 0;
 
   // Opens the file for appending, making it if need be, writes the bytes and closes it. A name without a
   // folder lies in the current directory. 75 with the path and the system's text when it can't be.

@@ -1,6 +1,7 @@
 // Everything that the program asks of a machine, as one set. Tests put a decorator or a fake over a member.
 #pragma once
 
+#include <functional>
 #include <memory>
 
 #include "platform/application.h"
@@ -8,8 +9,10 @@
 #include "platform/dialogs.h"
 #include "platform/files.h"
 #include "platform/metabase.h"
+#include "platform/ntfs.h"
 #include "platform/profile.h"
 #include "platform/registry.h"
+#include "platform/shell.h"
 
 namespace trelvin {
 
@@ -23,6 +26,9 @@ struct Platform {
   std::unique_ptr<Metabase> metabase;
   std::unique_ptr<ProfileFiles> profile;
   std::unique_ptr<Registry> registry;
+  std::unique_ptr<Shell> shell;
+  // Makes one of the controls that stand on the main window.
+  std::function<std::unique_ptr<NtfsControl>()> createNtfsControl;
 };
 
 // The set in force; empty until main or a test fills it.

@@ -100,6 +100,10 @@ std::string addFileToCopy(std::int16_t site, std::int32_t number, const Value& f
          "," + std::to_string(number) + ",'" + quoteSql(file) + "', " + copyFlag + ") ";
 }
 
+std::string filesToCopy(std::int16_t site) {
+  return "SELECT * FROM tmpFilesToCopy  WHERE ListNum = " + std::to_string(site) + "  ORDER BY DirNum ";
+}
+
 std::string addSite(const Value& name, const Value& type) {
   return "INSERT INTO Sites (SiteName, Type) Values('" + quoteSql(name) + "','" + quoteSql(type) + "')";
 }

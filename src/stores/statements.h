@@ -42,6 +42,8 @@ std::string addSslBindingRow(std::int16_t site, std::int32_t row, const Value& b
 std::string addFileToCopy(std::int16_t site, std::int32_t number, const Value& file,
                           const std::string& copyFlag);
 
+std::string filesToCopy(std::int16_t site);
+
 // Stored sites. Names of the value columns and of types are in transfer/.
 std::string addSite(const Value& name, const Value& type);
 std::string allSites();

@@ -7,6 +7,7 @@
 #include "metabase/mapping_display.h"
 #include "metabase/paths.h"
 #include "platform/platform.h"
+#include "transfer/export_to_server.h"
 #include "window/frm_main.h"
 #include "window/switching.h"
 
@@ -131,12 +132,14 @@ void beginRun(Button& button, const std::string& logLine) {
   Err.clear();
 }
 
+std::string siteStatus(std::int16_t siteCounter, std::int32_t index) {
+  return "Exporting site (" + std::to_string(siteCounter) + " of " +
+         std::to_string(frmMain.lstSites.selCount()) + ") " + frmMain.lstSites.list(index) + "...";
+}
+
 void announceSite(std::int16_t siteCounter, std::int32_t index) {
-  const std::string text = "Exporting site (" + std::to_string(siteCounter) + " of " +
-                           std::to_string(frmMain.lstSites.selCount()) + ") " + frmMain.lstSites.list(index) +
-                           "...";
-  attempt([&] { setStatus(text); });
-  attempt([&] { writeLog(text); });
+  attempt([&] { setStatus(siteStatus(siteCounter, index)); });
+  attempt([&] { writeLog(siteStatus(siteCounter, index)); });
 }
 
 void loadSiteLists(std::int16_t site) {
@@ -147,10 +150,8 @@ void loadSiteLists(std::int16_t site) {
   attempt([] { platform().events->doEvents(); });
 }
 
-void testForCorruptMetabase(std::int32_t index, const Value& counterInPlaceOfName) {
-  NodeHandle site;
+void testForCorruptMetabase(const NodeHandle& site, const Value& counterInPlaceOfName) {
   NodeHandle root;
-  attempt([&] { site = getObject(frmMain.lstSiteIndexes.list(index)); });
   attempt([&] { root = getObject(bound(site).adsPath() + "/Root"); });
   // A root that can't be read counts as a bad one; FTP sites are never tested.
   const bool isCorrupt = holdsOrFails([&] {
@@ -186,8 +187,12 @@ void cmdExportServer_Click() {
   handled("frmMain_cmdExportServer_Click Error ", [] {
     frmMain.optExportServer.setValue(true);
     frmMain.optExportFile.setValue(false);
-    // The directions towards a server are not part of this version yet; nothing may look as if they were.
-    tellUserAndLog("Exporting to a server is not available in this version. Nothing was exported.");
+    if (frmMain.sImportType == "Server") exportToServerFromServer();
+    if (frmMain.sImportType == "Database") {
+      // This direction is not part of this version yet; nothing may look as if it were.
+      tellUserAndLog(
+          "Exporting from a database to a server is not available in this version. Nothing was exported.");
+    }
   });
 }
 

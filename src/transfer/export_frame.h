@@ -6,6 +6,7 @@
 #include <string>
 
 #include "core/value.h"
+#include "platform/metabase.h"
 #include "window/controls.h"
 
 namespace trelvin {
@@ -35,15 +36,16 @@ void suggestSystemDirectory();
 // Clears flags and output, and turns the button into "Abort".
 void beginRun(Button& button, const std::string& logLine);
 
-// Status panel and log: which site of how many is in hand.
+// Which site of how many is in hand; the same for status panel and log.
+std::string siteStatus(std::int16_t siteCounter, std::int32_t index);
 void announceSite(std::int16_t siteCounter, std::int32_t index);
 
 // Loads the lists of a line of lstSites.
 void loadSiteLists(std::int16_t site);
 
-// Whether the source's root node is what it must be. Warns in a silent run and goes on, else asks whether to
-// stop. The words in the site's place are the caller's loop counter, not its name.
-void testForCorruptMetabase(std::int32_t index, const Value& counterInPlaceOfName);
+// Tests whether the root of a source site is what it must be. Warns in a silent run and goes on, else asks
+// whether to stop. The words in the site's place are the caller's loop counter, not its name.
+void testForCorruptMetabase(const NodeHandle& site, const Value& counterInPlaceOfName);
 
 // "Completed", one site more, a turn for events.
 void closeSite(std::int16_t& siteCounter);

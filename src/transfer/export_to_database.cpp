@@ -6,6 +6,7 @@
 #include "core/reporting.h"
 #include "core/run_state.h"
 #include "core/text.h"
+#include "metabase/applications.h"
 #include "metabase/mapping_display.h"
 #include "metabase/paths.h"
 #include "platform/platform.h"
@@ -74,7 +75,9 @@ bool ToDatabaseRun::exportSelection() {
     attempt([&] { frmMain.iCurrentSite = integerOf(index); });
     Err.clear();
     loadSiteLists(frmMain.iCurrentSite);
-    testForCorruptMetabase(index, bindingCounter_);
+    NodeHandle source;
+    attempt([&] { source = getObject(frmMain.lstSiteIndexes.list(index)); });
+    testForCorruptMetabase(source, bindingCounter_);
     if (run.bExportCancelled) return false;
     exportSite(index);
     closeSite(siteCounter_);
@@ -207,10 +210,8 @@ void ToDatabaseRun::readApplication() {
   // Read for the sake of the error state alone: a node without them is reported with its row.
   attempt([&] { static_cast<void>(bound(objProperty_).get("AppIsolated")); });
   attempt([&] { static_cast<void>(bound(objProperty_).get("AppPoolID")); });
-  const bool isApplication = holdsOrFails([&] {
-    const std::string name = bound(objProperty_).name();
-    return equalsIgnoringCase(lastCharacters(vAppRoot_.toText(), characterCount(name)), name);
-  });
+  const bool isApplication =
+      holdsOrFails([&] { return isApplicationRoot(vAppRoot_, bound(objProperty_).name()); });
   if (isApplication) {
     attempt([&] { sAppPath_ = "/" + bound(objProperty_).name(); });
   } else {

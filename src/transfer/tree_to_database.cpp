@@ -4,7 +4,7 @@
 #include "core/helpers.h"
 #include "core/reporting.h"
 #include "core/run_state.h"
-#include "core/text.h"
+#include "metabase/applications.h"
 #include "metabase/paths.h"
 #include "stores/statements.h"
 #include "transfer/property_list.h"
@@ -45,16 +45,12 @@ class TreeLevel {
     attempt([&] { lAppIsolated_ = child_->get("AppIsolated").toLong(); });
     attempt([&] { sAppPoolID_ = child_->get("AppPoolID").toText(); });
     bInProcess_ = lAppIsolated_ == 0;
-    if (holdsOrFails([&] { return endsInName(vAppRoot_, child_->name()); })) {
+    if (holdsOrFails([&] { return isApplicationRoot(vAppRoot_, child_->name()); })) {
       attempt([&] { sAppPath_ = path(); });
     } else {
       attempt([&] { debugLog("App Path not set - " + vAppRoot_.toText() + " Could be " + path()); });
     }
     vDirectory_.clear();
-  }
-
-  static bool endsInName(const Value& appRoot, const std::string& name) {
-    return equalsIgnoringCase(lastCharacters(appRoot.toText(), characterCount(name)), name);
   }
 
   [[nodiscard]] statements::TreeRow row() const {
@@ -70,14 +66,12 @@ class TreeLevel {
 
   // A server of IIS 4 knows in process or not; later ones have a number for it.
   [[nodiscard]] std::string inProcessValue() const {
-    const auto isLater = [](const std::string& version) { return version == "IIS5" || version == "IIS6"; };
-    const bool byNumber = isLater(frmMain.lstIMIISVer.text()) && isLater(frmMain.lstEXIISVer.text());
-    return byNumber ? std::to_string(lAppIsolated_) : textOf(bInProcess_);
+    return applicationCall() == ApplicationCall::kAppCreate ? textOf(bInProcess_)
+                                                            : std::to_string(lAppIsolated_);
   }
 
   [[nodiscard]] std::string poolName() const {
-    const bool bothKnowPools = frmMain.lstIMIISVer.text() == "IIS6" && frmMain.lstEXIISVer.text() == "IIS6";
-    return bothKnowPools ? sAppPoolID_ : std::string();
+    return applicationCall() == ApplicationCall::kAppCreate3 ? sAppPoolID_ : std::string();
   }
 
   void takeDirectory(std::int32_t i) {

@@ -4,9 +4,12 @@
 
 #include <cstdint>
 #include <functional>
+#include <memory>
 #include <string>
 #include <string_view>
 #include <vector>
+
+#include "platform/ntfs.h"
 
 namespace trelvin {
 
@@ -243,6 +246,13 @@ class SocketControl : public Control {
 
  private:
   std::int32_t state_ = 0;
+};
+
+// The place of the control that reads and writes access lists.
+class NtfsControlHost : public Control {
+ public:
+  using Control::Control;
+  std::unique_ptr<NtfsControl> object;
 };
 
 }  // namespace trelvin

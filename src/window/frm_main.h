@@ -102,8 +102,8 @@ class FrmMain : public Form {
   Timer timExit;
   Timer syncPermTimer;
   SocketControl wsck1;
-  Frame NTFSCtl1;
-  Frame NTFSCtl2;
+  NtfsControlHost NTFSCtl1;  // of the source
+  NtfsControlHost NTFSCtl2;  // of the target
 
   // Menus.
   MenuEntry mnuFile;

@@ -1,5 +1,6 @@
 #include "window/wiring.h"
 
+#include "content/permissions.h"
 #include "core/main_window.h"
 #include "core/reporting.h"
 #include "core/start_up.h"
@@ -37,6 +38,7 @@ void wireMainWindow() {
   frmMain.cmdExportServer.onClick = cmdExportServer_Click;
   frmMain.mnuExit.onClick = mnuExit_Click;
   frmMain.timExit.onTimer = timExit_Timer;
+  frmMain.syncPermTimer.onTimer = syncPermTimer_Timer;
   frmMain.onResize = frmMain_Resize;
 }
 

@@ -25,6 +25,12 @@ class FailingFiles : public FileSystem {
   void setAttributes(std::string_view path, int attributes) override {
     real_->setAttributes(path, attributes);
   }
+  [[nodiscard]] std::vector<std::string> fileNames(std::string_view path) const override {
+    return real_->fileNames(path);
+  }
+  [[nodiscard]] std::vector<std::string> folderNames(std::string_view path) const override {
+    return real_->folderNames(path);
+  }
   void appendText(std::string_view path, std::string_view bytes) override {
     if (refuses && refuses(std::string(bytes))) throw Failure(error_number::kPathFileAccess);
     real_->appendText(path, bytes);

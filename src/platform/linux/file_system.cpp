@@ -4,8 +4,10 @@
 #include <sys/stat.h>
 #include <unistd.h>
 
+#include <algorithm>
 #include <array>
 #include <cerrno>
+#include <filesystem>
 #include <optional>
 #include <string>
 #include <system_error>
@@ -13,6 +15,7 @@
 #include <vector>
 
 #include "core/err.h"
+#include "core/text.h"
 #include "platform/linux/native_file.h"
 
 namespace trelvin {
@@ -157,6 +160,28 @@ void appendWhole(const Descriptor& file, std::string_view bytes) {
   throw std::system_error(reason, std::generic_category());
 }
 
+// Names of the items right in a folder, of folders or of the rest, in order.
+std::vector<std::string> namesIn(const std::string& nativePath, bool folders) {
+  std::vector<std::string> names;
+  std::error_code failed;
+  for (std::filesystem::directory_iterator item(nativePath, failed), end; !failed && item != end;
+       item.increment(failed)) {
+    std::error_code unreadable;
+    if (item->is_directory(unreadable) == folders) names.push_back(item->path().filename().string());
+  }
+  if (failed) throw std::system_error(failed);
+  std::sort(names.begin(), names.end(), sortsBefore);
+  return names;
+}
+
+// What SQLite keeps beside a database belongs to the file that is replaced, and would spoil the one that takes its
+// place: a run that was killed leaves such files.
+void removeDatabaseJournals(const std::string& nativePath) {
+  for (const char* ending : {"-wal", "-shm", "-journal"}) {
+    if (::unlink((nativePath + ending).c_str()) != 0 && errno != ENOENT) check(-1);
+  }
+}
+
 class NativeFileSystem final : public FileSystem {
  public:
   explicit NativeFileSystem(PathMapping toNative) : toNative_(std::move(toNative)) {}
@@ -180,6 +205,7 @@ class NativeFileSystem final : public FileSystem {
     onPath(destination, error::kPathNotFound, [&] {
       Replacement replacement(toNative_(destination), kPrivateMode);
       fill(opened, replacement, source);
+      removeDatabaseJournals(toNative_(destination));
       replacement.commit();
     });
   }
@@ -195,6 +221,14 @@ class NativeFileSystem final : public FileSystem {
       const bool readOnly = (attributes & kReadOnlyAttribute) != 0;
       check(::chmod(native.c_str(), readOnly ? mode & ~kWriteBits : mode | S_IWUSR));
     });
+  }
+
+  [[nodiscard]] std::vector<std::string> fileNames(std::string_view folder) const override {
+    return onPath(folder, error::kPathNotFound, [&] { return namesIn(toNative_(folder), false); });
+  }
+
+  [[nodiscard]] std::vector<std::string> folderNames(std::string_view folder) const override {
+    return onPath(folder, error::kPathNotFound, [&] { return namesIn(toNative_(folder), true); });
   }
 
   void appendText(std::string_view path, std::string_view bytes) override {
