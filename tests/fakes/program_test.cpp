@@ -190,6 +190,7 @@ Rows ProgramTest::query(const std::string& database, const std::string& sql) con
   const std::unique_ptr<RecordSet> rows = platform().databases->createRecordSet();
   // Columns are named a, b, c ... by the statement, so that a test says which it wants and in what order.
   rows->open(sql, *connection, kStaticCursor);
+  const ErrorState before = Err;  // looking must not change what the program left behind
   Rows result;
   for (; !rows->eof(); rows->moveNext()) {
     std::vector<std::string> row;
@@ -198,9 +199,9 @@ Rows ProgramTest::query(const std::string& database, const std::string& sql) con
       if (!attempt([&] { value = rows->field(std::string(1, column)); })) break;
       row.push_back(value.isNull() ? "<Null>" : value.toText());
     }
-    Err.clear();
     result.push_back(std::move(row));
   }
+  Err = before;
   return result;
 }
 

@@ -20,7 +20,6 @@ namespace {
 using ::testing::ElementsAre;
 using ::testing::HasSubstr;
 using ::testing::IsEmpty;
-using ::testing::StartsWith;
 
 constexpr const char* kLongWarning =
     "You are about to export web sites, this may take a long time\r\n"
@@ -697,7 +696,8 @@ TEST_F(ExportFrame, LeavesTheOtherButtonWorkingDuringARun) {
   select({0});
   atYieldBehind("Exporting to file", [] { frmMain.cmdExportServer.onClick(); });
   exportToDatabase();
-  EXPECT_TRUE(hasLogged("Exporting to a server is not available in this version. Nothing was exported."));
+  EXPECT_THAT(boxes(),
+              ElementsAre(kLongWarning, "Please enter a server name to export to", "Done!", "Done!"));
   EXPECT_EQ(storedSites(), 1U);
 }
 
@@ -970,35 +970,45 @@ TEST_F(ExportToServer, TakesTheServerForItsTarget) {
   EXPECT_FALSE(frmMain.optExportFile.value());
 }
 
-TEST_F(ExportToServer, SaysThatItIsNotAvailableAndTouchesNothing) {
+TEST_F(ExportToServer, AsksForASiteFirst) {
   open();
-  select({0});
-  const std::string before = metabaseOf("WEB1");
   frmMain.cmdExportServer.onClick();
-  EXPECT_THAT(boxes(),
-              ElementsAre("Exporting to a server is not available in this version. Nothing was exported."));
-  EXPECT_TRUE(hasLogged("Exporting to a server is not available in this version. Nothing was exported."));
-  EXPECT_EQ(metabaseOf("WEB1"), before);
-  EXPECT_EQ(storedSites(), 0U);
-  EXPECT_FALSE(hasOutput("Done!"));
+  EXPECT_THAT(boxes(), ElementsAre("Please select a site to export", "Done!"));
 }
 
-TEST_F(ExportToServer, SaysSoInTheOutputOfASilentRun) {
+TEST_F(ExportToServer, AsksForAServerNextAndIsDoneAllTheSame) {
   open();
+  select({0});
+  frmMain.cmdExportServer.onClick();
+  EXPECT_THAT(boxes(), ElementsAre("Please enter a server name to export to", "Done!"));
+  EXPECT_THAT(shownOutput(), ElementsAre("Done!"));
+  EXPECT_EQ(frmMain.StatusBar1.panel, "Ready");
+  EXPECT_EQ(events->beeps, 1);
+}
+
+TEST_F(ExportToServer, AsksForAServerInTheOutputOfASilentRun) {
+  open();
+  select({0});
   frmMain.chkRunSilent.setValue(true);
   frmMain.cmdExportServer.onClick();
   EXPECT_THAT(boxes(), IsEmpty());
-  EXPECT_THAT(shownOutput(),
-              ElementsAre("Exporting to a server is not available in this version. Nothing was exported."));
+  EXPECT_THAT(shownOutput(), ElementsAre("Please enter a server name to export to", "Done!"));
+}
+
+TEST_F(ExportToServer, DoesNothingForASourceOfAnotherKind) {
+  open();
+  select({0});
+  frmMain.sImportType = "Elsewhere";
+  frmMain.cmdExportServer.onClick();
+  EXPECT_THAT(boxes(), IsEmpty());
+  EXPECT_THAT(shownOutput(), IsEmpty());
 }
 
 TEST_F(ExportToServer, LogsAFailureOfItsOwnUnderItsName) {
   open();
-  watchFiles().refuses = [](const std::string& bytes) {
-    return bytes.find("not available") != std::string::npos;
-  };
+  dialogs->onMessage = [](const Message&) { throw Failure(error_number::kOutOfMemory); };
   frmMain.cmdExportServer.onClick();
-  EXPECT_THAT(logLines().back(), StartsWith("frmMain_cmdExportServer_Click Error 75 "));
+  EXPECT_EQ(logLines().back(), "frmMain_cmdExportServer_Click Error 7 " + describeError(7));
 }
 
 }  // namespace
