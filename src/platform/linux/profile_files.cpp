@@ -1,7 +1,13 @@
 #include "platform/linux/profile_files.h"
 
+#include <sys/stat.h>
+
 #include <cerrno>
+#include <ctime>
+#include <optional>
+#include <string>
 #include <system_error>
+#include <unordered_map>
 #include <utility>
 
 #include "core/err.h"
@@ -92,6 +98,68 @@ std::string valueOf(const Line& key) {
   return utf8OrWindows1252(stored.substr(0, stored.find('\0')));
 }
 
+std::string folded(std::string_view name) {
+  return upperCase(utf8OrWindows1252(withoutBlanks(name)));
+}
+
+// The keys of a file, by the first section of a name and the first key of a name in it.
+class Keys {
+ public:
+  explicit Keys(std::string_view text) {
+    std::unordered_map<std::string, std::string>* section = nullptr;
+    for (Line line; line.next < text.size();) {
+      line = lineAt(text, line.next);
+      if (line.isSection()) {
+        const auto [place, isFirst] = sections_.try_emplace(folded(line.sectionName()));
+        section = isFirst ? &place->second : nullptr;
+      } else if (section != nullptr && line.isKey()) {
+        section->try_emplace(folded(line.keyName()), trelvin::valueOf(line));
+      }
+    }
+  }
+
+  [[nodiscard]] std::optional<std::string> valueOf(std::string_view section, std::string_view key) const {
+    const auto keys = sections_.find(folded(section));
+    if (keys == sections_.end()) return std::nullopt;
+    const auto found = keys->second.find(folded(key));
+    return found == keys->second.end() ? std::nullopt : std::optional(found->second);
+  }
+
+ private:
+  std::unordered_map<std::string, std::unordered_map<std::string, std::string>> sections_;
+};
+
+// What tells a file from the one that was read before.
+class FileState {
+ public:
+  explicit FileState(const std::string& nativePath) {
+    if (::stat(nativePath.c_str(), &status_) != 0) throw std::system_error(errno, std::generic_category());
+    ::clock_gettime(CLOCK_REALTIME, &seen_);
+  }
+
+  // Whether it is the same file, which had not changed for a moment when it was read: the file system's clock
+  // is too coarse to tell two changes within that moment apart.
+  [[nodiscard]] bool isSettledAs(const FileState& read) const {
+    return status_.st_dev == read.status_.st_dev && status_.st_ino == read.status_.st_ino &&
+           status_.st_size == read.status_.st_size && sameTime(status_.st_mtim, read.status_.st_mtim) &&
+           sameTime(status_.st_ctim, read.status_.st_ctim) && read.wasSettled();
+  }
+
+ private:
+  static bool sameTime(const timespec& left, const timespec& right) {
+    return left.tv_sec == right.tv_sec && left.tv_nsec == right.tv_nsec;
+  }
+  [[nodiscard]] bool wasSettled() const {
+    constexpr double kMoment = 0.05;
+    const double age = static_cast<double>(seen_.tv_sec - status_.st_ctim.tv_sec) +
+                       static_cast<double>(seen_.tv_nsec - status_.st_ctim.tv_nsec) * 1e-9;
+    return age > kMoment;
+  }
+
+  struct stat status_ {};
+  timespec seen_{};
+};
+
 bool canBeWritten(std::string_view section, std::string_view key, std::string_view value) {
   const auto breaks = [](std::string_view text) {
     return text.find_first_of(kStructureBreakers) != text.npos;
@@ -176,15 +244,26 @@ class NativeProfileFiles final : public ProfileFiles {
  private:
   // No value when the section, the key or the file isn't there, or the file can't be read.
   [[nodiscard]] std::optional<std::string> read(std::string_view section, std::string_view key,
-                                                std::string_view file) const {
+                                                std::string_view file) {
     try {
-      const FileText content = FileText::fromBytes(readFile(toNative_(file)));
-      const Place place = find(content.text, withoutBlanks(section), withoutBlanks(key));
-      if (place.hasKey) return valueOf(place.key);
+      return contentOf(toNative_(file)).valueOf(withoutBlanks(section), withoutBlanks(key));
     } catch (const std::system_error&) {
     } catch (const Failure&) {
     }
     return std::nullopt;
+  }
+
+  // Every call looks at the file, and reads it again unless it is the one that was read last. A job asks for
+  // its keys once for each site of a server, so that reading the file each time would take sites times sites.
+  const Keys& contentOf(const std::string& nativePath) {
+    const FileState state(nativePath);
+    if (!lastState_ || !state.isSettledAs(*lastState_) || nativePath != lastPath_) {
+      lastState_.reset();
+      lastKeys_ = Keys(FileText::fromBytes(readFile(nativePath)).text);
+      lastPath_ = nativePath;
+      lastState_ = state;
+    }
+    return lastKeys_;
   }
 
   static void change(std::string_view section, std::string_view key, std::optional<std::string_view> value,
@@ -202,6 +281,9 @@ class NativeProfileFiles final : public ProfileFiles {
   }
 
   PathMapping toNative_;
+  std::string lastPath_;
+  std::optional<FileState> lastState_;
+  Keys lastKeys_{std::string_view()};
 };
 
 }  // namespace
