@@ -13,8 +13,8 @@
 #include <string_view>
 #include <vector>
 
+#include "bare_odbc.h"
 #include "platform/linux/access_driver.h"
-#include "platform/shared/odbc/handles.h"
 #include "platform/shared/odbc/odbc_databases.h"
 
 namespace trelvin {
@@ -56,6 +56,10 @@ class Store {
   [[nodiscard]] std::string connectionString() const {
     return "DBQ=" + file().string() + ";Driver={Microsoft Access Driver (*.mdb)};";
   }
+  [[nodiscard]] std::string driverString() const {
+    return accessDriverString(connectionString(), [](std::string_view path) { return std::string(path); })
+        .connectionString;
+  }
 
  private:
   fs::path folder_;
@@ -66,42 +70,6 @@ std::unique_ptr<Databases> databases() {
     return accessDriverString(text, [](std::string_view path) { return std::string(path); });
   });
 }
-
-// The driver manager with nothing around it.
-class Bare {
- public:
-  explicit Bare(const Store& store) {
-    auto target =
-        accessDriverString(store.connectionString(), [](std::string_view path) { return std::string(path); });
-    const bool ready =
-        environment_.allocate(SQL_NULL_HANDLE) &&
-        SQL_SUCCEEDED(SQLSetEnvAttr(environment_.get(), SQL_ATTR_ODBC_VERSION, asPointer(SQL_OV_ODBC3), 0)) &&
-        connection_.allocate(environment_.get()) &&
-        SQL_SUCCEEDED(SQLDriverConnect(connection_.get(), nullptr,
-                                       reinterpret_cast<SQLCHAR*>(target.connectionString.data()), SQL_NTS,
-                                       nullptr, 0, nullptr, SQL_DRIVER_NOPROMPT)) &&
-        statement_.allocate(connection_.get());
-    if (!ready) std::abort();
-  }
-  Bare(const Bare&) = delete;
-  Bare& operator=(const Bare&) = delete;
-  ~Bare() {
-    statement_.reset();
-    SQLDisconnect(connection_.get());
-  }
-
-  void execute(std::string_view sql) {
-    auto* text = reinterpret_cast<SQLCHAR*>(const_cast<char*>(sql.data()));
-    if (!SQL_SUCCEEDED(SQLExecDirect(statement_.get(), text, static_cast<SQLINTEGER>(sql.size()))))
-      std::abort();
-  }
-  [[nodiscard]] SQLHANDLE statement() const { return statement_.get(); }
-
- private:
-  OdbcHandle<SQL_HANDLE_ENV> environment_;
-  OdbcHandle<SQL_HANDLE_DBC> connection_;
-  OdbcHandle<SQL_HANDLE_STMT> statement_;
-};
 
 void storeThroughTheLayer(benchmark::State& state) {
   const auto texts = statements();
@@ -127,7 +95,7 @@ void storeByTheDriverAlone(benchmark::State& state) {
     state.PauseTiming();
     {
       const Store store;
-      Bare bare(store);
+      Bare bare(store.driverString());
       state.ResumeTiming();
       for (const std::string& text : texts) bare.execute(text);
       state.PauseTiming();
@@ -168,7 +136,7 @@ void readThroughTheLayer(benchmark::State& state) {
 void readByTheDriverAlone(benchmark::State& state) {
   const Store store;
   fill(store);
-  Bare bare(store);
+  Bare bare(store.driverString());
   SQLSetStmtAttr(bare.statement(), SQL_ATTR_CURSOR_TYPE, asPointer(SQL_CURSOR_STATIC), 0);
   for ([[maybe_unused]] auto run : state) {
     bare.execute(kSelect);
