@@ -103,6 +103,12 @@ class BenchServer {
   [[nodiscard]] std::unique_ptr<Metabase> open() const {
     return makeFileMetabase([path = path()](std::string_view) { return std::optional(path); });
   }
+  // With the file read already.
+  [[nodiscard]] std::unique_ptr<Metabase> openLoaded() const {
+    std::unique_ptr<Metabase> metabase = open();
+    metabase->getObject("IIS://x/W3SVC");
+    return metabase;
+  }
 
  private:
   inline static int count_ = 0;
@@ -148,7 +154,7 @@ BENCHMARK(LoadMetabase)->Unit(benchmark::kMillisecond)->UseRealTime();
 // Bind, put, setInfo, as the program does it for each property. 4 nodes a site.
 void SetInfo(benchmark::State& state) {
   const BenchServer server(static_cast<int>(state.range(0)) / 4);
-  const std::unique_ptr<Metabase> metabase = server.open();
+  const std::unique_ptr<Metabase> metabase = server.openLoaded();
   std::int32_t number = 0;
   for (auto _ : state) {
     const NodeHandle node = metabase->getObject("IIS://x/W3SVC/7/ROOT");
@@ -160,7 +166,7 @@ BENCHMARK(SetInfo)->Arg(100)->Arg(100'000)->UseRealTime();
 
 void ListSites(benchmark::State& state) {
   const BenchServer server(static_cast<int>(state.range(0)));
-  const std::unique_ptr<Metabase> metabase = server.open();
+  const std::unique_ptr<Metabase> metabase = server.openLoaded();
   for (auto _ : state) {
     metabase->getObject("IIS://x/W3SVC")->forEachChild([](const NodeHandle& site) {
       benchmark::DoNotOptimize(site->get("ServerComment"));
@@ -172,7 +178,7 @@ BENCHMARK(ListSites)->Arg(100)->Arg(1000)->Arg(10'000);
 
 void Bind(benchmark::State& state) {
   const BenchServer server(1000);
-  const std::unique_ptr<Metabase> metabase = server.open();
+  const std::unique_ptr<Metabase> metabase = server.openLoaded();
   for (auto _ : state) benchmark::DoNotOptimize(metabase->getObject("IIS://x/W3SVC/500/ROOT/shop"));
 }
 BENCHMARK(Bind);

@@ -4,6 +4,7 @@
 
 #include <algorithm>
 #include <array>
+#include <cstring>
 #include <utility>
 #include <vector>
 
@@ -40,13 +41,14 @@ std::string_view declaredEncoding(std::string_view text) {
 // An attribute that stands twice makes XML ill-formed, and nobody could tell which one counts. The attributes
 // are mostly in order behind the location, so that a comparison with the one before is enough.
 bool hasDoubleAttribute(const pugi::xml_node& element) {
+  constexpr const char* kLocation = "Location";
   const pugi::xml_attribute first = element.first_attribute();
-  bool ordered = std::string_view(first.name()) == "Location";
-  std::string_view before;
+  bool ordered = std::strcmp(first.name(), kLocation) == 0;
+  const char* before = "";
   for (pugi::xml_attribute attribute = first.next_attribute(); attribute && ordered;
        attribute = attribute.next_attribute()) {
-    const std::string_view name = attribute.name();
-    ordered = before < name && name != "Location";
+    const char* name = attribute.name();
+    ordered = std::strcmp(before, name) < 0 && std::strcmp(name, kLocation) != 0;
     before = name;
   }
   if (ordered) return false;
@@ -99,6 +101,9 @@ class Loader {
   Loader(const std::string& path, Tree& tree) : path_(path), tree_(tree) {}
 
   void addAll() {
+    // A node takes some hundred bytes of text and more; an index that is too large costs little.
+    constexpr std::size_t kTextOfNode = 300;
+    tree_.expect(tree_.buffer.size() / kTextOfNode);
     const pugi::xml_node root = tree_.document.document_element();
     if (std::string_view(root.name()) != "configuration") {
       refuse(root, "the root element is " + std::string(root.name()) + " in place of configuration");

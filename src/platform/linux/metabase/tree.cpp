@@ -84,15 +84,21 @@ Node* Tree::parentFor(std::string_view location) {
 }
 
 Node* Tree::addElement(std::string_view location, pugi::xml_node element) {
-  if (Node* taken = find(location)) {
+  // Put in at once, because looking first would search the index twice.
+  Node& node = nodes_.emplace_back();
+  node.location = location;
+  node.element = element;
+  const auto [place, isNew] = index_.insert(&node);
+  if (!isNew) {
+    nodes_.pop_back();
+    Node* taken = *place;
     if (!taken->implied) return nullptr;
     taken->implied = false;
+    taken->location = location;
     taken->element = element;
     return taken;
   }
   Node* parent = parentFor(location);
-  Node& node = newNode(location);
-  node.element = element;
   if (parent == nullptr) {
     root_ = &node;
   } else {

@@ -4,6 +4,7 @@
 
 #include <deque>
 #include <memory>
+#include <memory_resource>
 #include <optional>
 #include <pugixml.hpp>
 #include <string>
@@ -53,7 +54,9 @@ class Tree {
   Tree& operator=(const Tree&) = delete;
   ~Tree() = default;
 
-  // While it is loaded: the node of an element, or null when the location is taken by another element.
+  // While it is loaded: room for about so many nodes.
+  void expect(std::size_t count) { index_.reserve(count); }
+  // The node of an element, or null when the location is taken by another element.
   Node* addElement(std::string_view location, pugi::xml_node element);
   void adoptSchema(std::shared_ptr<const Schema> schema);
 
@@ -113,7 +116,10 @@ class Tree {
   std::shared_ptr<const Schema> schema_;
   std::deque<Node> nodes_;
   std::deque<std::string> kept_;  // locations and class names that are not the file's
-  std::unordered_set<Node*, Hash, Equal> index_;
+  // The entries lie side by side in the order of the file, which is the order in which they are mostly
+  // wanted.
+  std::pmr::monotonic_buffer_resource indexMemory_;
+  std::pmr::unordered_set<Node*, Hash, Equal> index_{&indexMemory_};
   std::vector<pugi::xml_node> removedElements_;
   Node* root_ = nullptr;
   Node* lastAdded_ = nullptr;
