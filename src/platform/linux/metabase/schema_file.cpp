@@ -46,7 +46,7 @@ class SchemaFile {
   }
 
   std::string nameOf(const pugi::xml_node& node) const {
-    const std::string name = node.attribute("InternalName").value();
+    std::string name = node.attribute("InternalName").value();
     if (name.empty()) refuse(node, std::string(node.name()) + " has no InternalName");
     return name;
   }
