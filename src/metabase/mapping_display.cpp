@@ -88,13 +88,15 @@ void displayNewValues(bool bVisible) {
   });
 }
 
+void displayMapping(std::int16_t iSite) {
+  const std::int32_t tab = frmMain.tabNewValues.selectedTab();
+  displayDirectories(tab == kDirectoriesTab, iSite);
+  displayIPs(tab == kIpTab, iSite);
+  displaySSLIPs(tab == kSslIpTab, iSite);
+}
+
 void ShowList(std::int16_t iSite) {
-  handled("frmMain_ShowList Error ", [&] {
-    const std::int32_t tab = frmMain.tabNewValues.selectedTab();
-    displayDirectories(tab == kDirectoriesTab, iSite);
-    displayIPs(tab == kIpTab, iSite);
-    displaySSLIPs(tab == kSslIpTab, iSite);
-  });
+  handled("frmMain_ShowList Error ", [&] { displayMapping(iSite); });
 }
 
 void HideLists() {

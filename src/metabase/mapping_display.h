@@ -14,7 +14,9 @@ void displaySSLIPs(bool bVisible, std::int16_t iSite);
 // Shows or hides the find-and-replace group.
 void displayNewValues(bool bVisible);
 
-// Shows the group of the tab in use for a site and hides the other two.
+// Shows the group of the tab in use for a site and hides the other two. Failures go to the caller.
+void displayMapping(std::int16_t iSite);
+// The same; failures are logged.
 void ShowList(std::int16_t iSite);
 void HideLists();
 // Takes down what a listing left on display. The lists are emptied only when the listing had one site.

@@ -175,7 +175,7 @@ void tabNewValues_Click() {
   handled("frmMain_tabNewValues Error ", [] {
     const std::int32_t tab = frmMain.tabNewValues.selectedTab();
     if (frmMain.lstSites.selCount() > 0) {
-      ShowList(static_cast<std::int16_t>(frmMain.lstSites.listIndex()));
+      displayMapping(static_cast<std::int16_t>(frmMain.lstSites.listIndex()));
     } else {
       HideLists();
     }
