@@ -32,22 +32,24 @@ void clearSiteLists() {
   frmMain.lstSiteIndexes.clear();
 }
 
-void beginListing(const std::string& activity) {
+// Both take the way in which the routine logs, since it says what becomes of a failure to do so.
+template <typename LogActivity>
+void beginListing(const std::string& activity, LogActivity&& logActivity) {
   setStatus(activity);
-  writeLog(activity);
+  logActivity(activity);
   enableExportButtons(false);
   clearSiteLists();
 }
 
-void endListing() {
+template <typename LogDone>
+void endListing(LogDone&& logDone) {
   setStatus("Ready");
-  writeLog("Done");
+  logDone("Done");
   enableExportButtons(true);
 }
 
 void closeFormerListing() {
   if (frmMain.iSiteCount > 0) CloseDownLists();
-  frmMain.iSiteCount = 0;
 }
 
 void growDetailsRead(std::int16_t n) {
@@ -97,6 +99,7 @@ NodeHandle bindImportService() {
 
 void forgetFormerListing() {
   attempt([] { closeFormerListing(); });
+  frmMain.iSiteCount = 0;
   attempt([] { executeOnSettings(statements::clearSettings()); });
   attempt([] { executeOnSettings(statements::clearFilesToCopy()); });
   frmMain.abDetailsRead.assign(1, false);
@@ -137,16 +140,17 @@ void cmdPopulate_Click() {
 }
 
 void populateFromServer() {
-  beginListing("Getting list of web sites from host...");
+  beginListing("Getting list of web sites from host...", writeLog);
   if (frmMain.txtImportServer.text.empty()) {
     tellUser("You must enter a server to import from first!");
-  } else {
-    const NodeHandle service = bindImportService();
-    if (!service) return;  // the status panel stays as it is
-    forgetFormerListing();
-    listSitesOf(service);
+    endListing(writeLog);
+    return;
   }
-  endListing();
+  const NodeHandle service = bindImportService();
+  if (!service) return;  // the status panel stays as it is
+  forgetFormerListing();
+  listSitesOf(service);
+  endListing([](const char* done) { attempt([&] { writeLog(done); }); });
 }
 
 namespace {
@@ -159,8 +163,12 @@ void step(Statement&& statement) {
   resumed(kDatabaseListingLabel, std::forward<Statement>(statement));
 }
 
+void logStep(const std::string& message) {
+  step([&] { writeLog(message); });
+}
+
 void logMarker(const char* marker) {
-  if (run.bDebug && Err.isSet()) writeLog(marker);
+  if (run.bDebug && Err.isSet()) logStep(marker);
 }
 
 std::string storedSiteLine(RecordSet& rows) {
@@ -191,10 +199,11 @@ void listStoredSites(RecordSet& rows) {
 }  // namespace
 
 void populateFromDatabase() {
-  step([] { beginListing("Getting list of web sites from database..."); });
+  beginListing("Getting list of web sites from database...", logStep);
   step([] { openDataRows(statements::sitesOfType(frmMain.sExportSiteType)); });
   logMarker("After initial");
   step([] { closeFormerListing(); });
+  frmMain.iSiteCount = 0;
   bool isEmpty = true;
   step([&] { isEmpty = bound(frmMain.rsData).bof() && bound(frmMain.rsData).eof(); });
   if (isEmpty) {
@@ -209,9 +218,9 @@ void populateFromDatabase() {
   frmMain.abDetailsRead.resize(1);
   step([] { listStoredSites(bound(frmMain.rsData)); });
   step([] { bound(frmMain.rsData).close(); });
-  if (Err.isSet()) step([] { writeLog("at end"); });
+  if (Err.isSet()) logStep("at end");
   step([] { platform().events->beep(); });
-  step([] { endListing(); });
+  endListing(logStep);
 }
 
 }  // namespace trelvin
