@@ -77,15 +77,11 @@ class FolderWalk {
       : form_(form), vSource_(source), vTarget_(target), vOldName_(oldName), sNewName_(newName) {}
 
   void go() {
-    std::vector<std::string> files;
     std::vector<std::string> folders;
-    step([&] {
-      files = platform().files->fileNames(vSource_);
-      folders = platform().files->folderNames(vSource_);
-    });
-    ++run.lPermsSet;
+    step([&] { folders = platform().files->folderNames(vSource_); });
+    step([] { ++run.lPermsSet; });
     setFolder();
-    if (!run.bFastPerms) setFiles(files);
+    if (!run.bFastPerms) setFiles();
     walkFolders(folders);
   }
 
@@ -114,7 +110,9 @@ class FolderWalk {
     });
   }
 
-  void setFiles(const std::vector<std::string>& names) {
+  void setFiles() {
+    std::vector<std::string> names;
+    step([&] { names = platform().files->fileNames(vSource_); });
     for (const std::string& name : names) {
       step([&] { countFile(); });
       if (run.bCancelPerms || hasQuit_) return;
