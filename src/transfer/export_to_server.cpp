@@ -55,11 +55,8 @@ class ServerToServerRun {
   void transferProperty(std::int32_t index, const std::string& name);
   void transferPath(std::int32_t index, const std::string& name, const std::string& path);
   void putValue(const std::string& name);
-  void putScriptMaps(const std::string& name);
+  void putScriptMaps(const std::string& name, const Value& value);
   void put(const std::string& name, const Value& value);
-  template <typename Rewrite>
-  Value rewrittenList(const std::string& name, Rewrite rewrite);
-  [[nodiscard]] bool isList(const std::string& name) const;
 
   void transferBindings();
 
@@ -93,7 +90,23 @@ void debugFailure(const char* words) {
   attempt([&] { debugLogIfErr(words + errText()); });
 }
 
-// 1 to 3: false when the run is to end without a word.
+template <typename Rewrite>
+Value rewrittenList(const Value& source, Rewrite rewrite) {
+  Value::List list(source.list().size());
+  for (std::size_t i = 0; i < list.size(); ++i) {
+    attempt([&] { list[i] = rewrite(source.list()[i]); });
+  }
+  return list;
+}
+
+// Texts and lists of texts pass through find and replace; anything else travels as it is.
+Value rewritten(const Value& value) {
+  if (value.varType() == kVarText) return applyFindReplace(value);
+  if (value.varType() == kVarList) return rewrittenList(value, applyFindReplace);
+  return value;
+}
+
+// Reaches the target and chooses the first number; false when the run is to end without a word.
 bool ServerToServerRun::connect() {
   connectToTarget(oService_);
   if (leaveWhenCancelled()) return false;
@@ -168,7 +181,12 @@ void ServerToServerRun::readFilesToCopy() {
   attempt([] {
     RecordSet& rows = bound(frmMain.rsSettings);
     for (; !rows.eof(); rows.moveNext()) {
-      attempt([&] { frmMain.lstCheckCopy(0).addItem(textOf(rows.field("Copy").toDouble() != 0)); });
+      // A flag that can't be read counts as one that is off, so that the rows stay in step with the lists.
+      const bool isOff = holdsOrFails([&] {
+        const Value copy = rows.field("Copy");
+        return !copy.isNull() && copy.toDouble() == 0;
+      });
+      attempt([&] { frmMain.lstCheckCopy(0).addItem(textOf(!isOff)); });
       attempt([&] { frmMain.lstFilesToCopy(0).addItem(rows.field("FileName").toText()); });
     }
   });
@@ -220,7 +238,7 @@ void ServerToServerRun::replaceSite() {
   Err.clear();
   attempt([&] { oSite_ = getObject(targetSitePath(iSiteNumber_)); });
   if (!Err.isSet()) {
-    reportAndLog("Deleting existing web " + site);
+    reportAndLog("Deleteing existing web " + site);
     Err.clear();
     attempt([&] { oSite_ = getObject(targetServicePath()); });
     attempt([&] { bound(oSite_).deleteChild(classWord("Server"), std::to_string(iSiteNumber_)); });
@@ -338,56 +356,35 @@ void ServerToServerRun::put(const std::string& name, const Value& value) {
   bound(oTarget_).put(name, value);
 }
 
-bool ServerToServerRun::isList(const std::string& name) const {
-  return holdsOrFails([&] { return bound(oSource_).get(name).varType() == kVarList; });
-}
-
-template <typename Rewrite>
-Value ServerToServerRun::rewrittenList(const std::string& name, Rewrite rewrite) {
-  Value source;
-  attempt([&] { source = bound(oSource_).get(name); });
-  Value::List list;
-  attempt([&] { list.resize(source.list().size()); });
-  for (std::size_t i = 0; i < list.size(); ++i) {
-    attempt([&] { list[i] = rewrite(source.list()[i]); });
-  }
-  return list;
-}
-
+// A value that can't be read is left alone; the commit runs all the same.
 void ServerToServerRun::putValue(const std::string& name) {
-  if (equalsIgnoringCase(name, "ScriptMaps")) {
-    putScriptMaps(name);
-  } else if (holdsOrFails([&] { return bound(oSource_).get(name).varType() == kVarText; })) {
-    attempt([&] { put(name, applyFindReplace(bound(oSource_).get(name))); });
-  } else if (isList(name)) {
-    const Value list = rewrittenList(name, applyFindReplace);
-    attempt([&] { put(name, list); });
-  } else {
-    attempt([&] { put(name, bound(oSource_).get(name)); });
+  Value value;
+  if (attempt([&] { value = bound(oSource_).get(name); })) {
+    if (equalsIgnoringCase(name, "ScriptMaps")) {
+      putScriptMaps(name, value);
+    } else {
+      attempt([&] { put(name, rewritten(value)); });
+    }
   }
   attempt([&] { bound(oTarget_).setInfo(); });
 }
 
 // Servers up to IIS 4 list the verbs that are shut out, later ones those that are let in.
-void ServerToServerRun::putScriptMaps(const std::string& name) {
+void ServerToServerRun::putScriptMaps(const std::string& name, const Value& value) {
   const double import = run.dblIMIISVer;
   const double target = run.dblEXIISVer;
-  const bool swaps = import != target && (import == 4.0 || (import == 5.0 && target == 4.0));
-  if (import != target && import != 4.0 && import != 5.0) return;  // from IIS 6 downwards nothing is put
-  if (isList(name)) {
-    const Value list = swaps
-                           ? rewrittenList(name,
-                                           [](const Value& entry) {
-                                             // The swap ends in a find and replace of its own; the second one
-                                             // is meant.
-                                             return applyFindReplace(swapScriptMapVerbs(entry.toText()));
-                                           })
-                           : rewrittenList(name, [](const Value& entry) { return applyFindReplace(entry); });
-    attempt([&] { put(name, list); });
+  const bool isSame = import == target;
+  if (!isSame && import != 4.0 && import != 5.0) return;  // from IIS 6 downwards nothing is put
+  if (value.varType() != kVarList) {
+    if (isSame || import == 5.0) attempt([&] { put(name, value); });
     return;
   }
-  if (import == 4.0 && import != target) return;
-  attempt([&] { put(name, bound(oSource_).get(name)); });
+  const bool swaps = !isSame && (import == 4.0 || target == 4.0);
+  // The swap ends in a find and replace of its own; the second one is meant.
+  const auto swapped = [](const Value& entry) {
+    return applyFindReplace(swapScriptMapVerbs(entry.toText()));
+  };
+  attempt([&] { put(name, swaps ? rewrittenList(value, swapped) : rewritten(value)); });
 }
 
 void ServerToServerRun::transferBindings() {
