@@ -22,12 +22,6 @@ std::string plainText(const Value& value) {
 
 }  // namespace
 
-ServerToServer::ServerToServer() {
-  auto recorded = std::make_unique<RecordedShell>();
-  shell = recorded.get();
-  platform().shell = std::move(recorded);
-}
-
 std::string ServerToServer::infoOf(int version) {
   return element("IIsWebInfo", "/LM/W3SVC/Info", {{"MajorIIsVersionNumber", std::to_string(version)}});
 }

@@ -11,30 +11,15 @@
 #include <vector>
 
 #include "fakes/export_test.h"
-#include "platform/shell.h"
+#include "fakes/fake_shell.h"
 
 namespace trelvin::test {
-
-// Keeps what it is asked to copy and copies nothing.
-class RecordedShell : public Shell {
- public:
-  std::int32_t copy(const FileOperation& operation) override {
-    copies.push_back(operation);
-    if (onCopy) onCopy(operation);
-    return 0;
-  }
-
-  std::vector<FileOperation> copies;
-  std::function<void(const FileOperation&)> onCopy;
-};
 
 inline constexpr const char* kUnset = "(not set)";
 inline constexpr const char* kNoNode = "(no node)";
 
 class ServerToServer : public ExportTest {
- protected:
-  ServerToServer();
-
+ public:
   // The element by which a server tells its version.
   static std::string infoOf(int version);
   // The FTP forms of a site and of a directory below it.
@@ -44,8 +29,11 @@ class ServerToServer : public ExportTest {
   static std::string below(int site, const std::string& keyType, const std::string& path,
                            const Properties& properties = {});
 
-  // Makes both servers and opens the window on them, the sites of WEB1 listed. Versions are chosen in the lists
-  // only; a server tells its own by infoOf.
+ protected:
+  ServerToServer() : shell(useFakeShell()) {}
+
+  // Makes both servers and opens the window on them, the sites of WEB1 listed. Versions are chosen in the
+  // lists only; a server tells its own by infoOf.
   void open(const std::string& source, const std::string& target = webService(""), int from = 6, int to = 6);
   // The same with every debug line in the log.
   void openForDebug(const std::string& source, const std::string& target = webService(""), int from = 6,
@@ -62,8 +50,8 @@ class ServerToServer : public ExportTest {
   // With bRunSilent set.
   void exportSilently(std::initializer_list<int> lines);
 
-  // What a node of a server holds itself, as it is on the disk now: a list's entries with "|" between them, or
-  // kUnset or kNoNode. Paths begin behind the server's name.
+  // What a node of a server holds itself, as it is on the disk now: a list's entries with "|" between them,
+  // or kUnset or kNoNode. Paths begin behind the server's name.
   [[nodiscard]] std::string stored(const std::string& path, const std::string& property,
                                    const std::string& server = "NEW1") const;
   [[nodiscard]] bool exists(const std::string& path) const;
@@ -85,7 +73,7 @@ class ServerToServer : public ExportTest {
   // Runs a step at the first yield behind a line of the log, as a click of a person who reads along.
   void atYieldBehind(const std::string& line, std::function<void()> step);
 
-  RecordedShell* shell = nullptr;
+  FakeShell& shell;
 
  private:
   void addServers(const std::string& source, const std::string& target);
