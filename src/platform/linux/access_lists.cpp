@@ -78,10 +78,6 @@ File find(const Place& place) {
   return file;
 }
 
-void checkWritable(const File& file) {
-  if (isReadOnly(file.status)) throw failureAt(file.place, "written", "it is read-only");
-}
-
 std::string formatAll(const std::vector<Record>& records) {
   std::string lines;
   for (const Record& record : records) lines += text::format(record);
@@ -127,7 +123,6 @@ void addInheritances(const Place& folder, const std::vector<Record>& records, st
   for (const File& file : at(folder, "written", [&] { return filesOf(folder); })) {
     Change change = at(file.place, "read", [&] { return inheritance(file.place, inherited); });
     if (change.before == change.after) continue;
-    checkWritable(file);
     changes.push_back(std::move(change));
   }
 }
@@ -232,7 +227,6 @@ class AttributeList final : public AccessList {
     const std::vector<Record> wanted = records();
     check(wanted);
     const File file = at(place_, "written", [this] { return find(place_); });
-    checkWritable(file);
     std::vector<Change> changes{{place_, {}, formatAll(wanted)}};
     if (secondApplyFlag_ && S_ISDIR(file.status.st_mode)) {
       changes[0].before = at(place_, "read", [this] { return readAccessListAttribute(place_.nativePath); });

@@ -25,7 +25,7 @@ namespace trelvin {
 // list that asks for it.
 //
 // 0x80020009, from getAccounts and writeAccounts, with path and cause in description and lastError: a path
-// that isn't there, isn't readable, or carries no write permission for anybody; a file system that keeps no
+// that isn't there, isn't readable, or can't be written by who isn't its owner; a file system that keeps no
 // extended attributes or no list of that size (64 KB at the most, ext4 about 4); an attribute that somebody
 // edited into something else; an account name that is none (see faultOfAccount). setFileOrDirectory clears
 // lastError.
