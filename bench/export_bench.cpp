@@ -247,7 +247,7 @@ int measureAll(const std::vector<int>& sizes) {
 }  // namespace trelvin
 
 int main(int argc, char** argv) {
-  trelvin::useLinuxPlatform(argc, argv);
+  trelvin::useLinuxPlatform(argc, argv, [](std::string_view line) { std::cerr << line << '\n'; });
   std::vector<int> sizes;
   for (int i = 1; i < argc; ++i) sizes.push_back(std::atoi(argv[i]));
   if (sizes.empty()) sizes = {100, 1000};

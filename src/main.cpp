@@ -5,6 +5,7 @@
 
 #include "core/err.h"
 #include "core/main_window.h"
+#include "core/reporting.h"
 #include "core/run_state.h"
 #include "core/start_up.h"
 #include "platform/linux/linux_platform.h"
@@ -42,7 +43,7 @@ int main(int argc, char** argv) {
   std::setlocale(LC_CTYPE, "");
   std::setlocale(LC_TIME, "");
   std::setlocale(LC_MESSAGES, "");
-  useLinuxPlatform(argc, argv);
+  useLinuxPlatform(argc, argv, [](std::string_view line) { attempt([&] { writeLog(line); }); });
   mirrorOutputList();
   try {
     loadWelcomeForm();

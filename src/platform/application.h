@@ -1,7 +1,9 @@
 // The process itself, and its turn in the window system.
 #pragma once
 
+#include <cstdint>
 #include <string>
+#include <string_view>
 
 #include "core/value.h"
 
@@ -33,6 +35,8 @@ class Events {
 
   virtual void doEvents() = 0;  // gives way to whatever waits: clicks, timers
   virtual void beep() = 0;
+  // How far a piece of long work has got, under its title. Nothing to do where nobody watches.
+  virtual void showProgress(std::string_view /*title*/, std::uint64_t /*done*/, std::uint64_t /*found*/) {}
 };
 
 class Clock {

@@ -25,7 +25,7 @@ class Shell {
   // travels. Returns 0, else the system's number; 0x402 for a source that isn't there. Never throws.
   virtual std::int32_t copy(const FileOperation& operation) = 0;
 
-  // The system's number that the last call left behind; 0 when it left none.
+  // The number that the last call left behind, on a system that keeps one apart from the result.
   [[nodiscard]] virtual std::int32_t lastSystemError() const { return 0; }
 };
 

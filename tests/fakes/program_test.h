@@ -59,6 +59,9 @@ class ProgramTest : public ::testing::Test {
   // The program's own form of the program folder.
   [[nodiscard]] std::string programPath() const;
 
+  // What the tree copy could not copy.
+  std::vector<std::string> copyReports;
+
   TempFolder folder;
   ScriptedDialogs* dialogs = nullptr;
   RecordedEvents* events = nullptr;

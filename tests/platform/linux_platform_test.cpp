@@ -18,7 +18,7 @@ class LinuxPlatformTest : public testing::Test {
   void SetUp() override {
     ::setenv("TRELVIN_NETWORK", network_.path().c_str(), 1);
     std::array<char*, 3> arguments{program_.data(), argument_.data(), nullptr};
-    useLinuxPlatform(2, arguments.data());
+    useLinuxPlatform(2, arguments.data(), [](std::string_view) {});
   }
   void TearDown() override {
     platform() = Platform();

@@ -6,6 +6,7 @@
 #include <string_view>
 
 #include "platform/linux/access_driver.h"
+#include "platform/linux/access_lists.h"
 #include "platform/linux/console.h"
 #include "platform/linux/file_system.h"
 #include "platform/linux/locale_clock.h"
@@ -14,12 +15,13 @@
 #include "platform/linux/profile_files.h"
 #include "platform/linux/program_process.h"
 #include "platform/linux/registry_file.h"
+#include "platform/linux/tree_copy.h"
 #include "platform/platform.h"
 #include "platform/shared/odbc/odbc_databases.h"
 
 namespace trelvin {
 
-void useLinuxPlatform(int argc, char** argv) {
+void useLinuxPlatform(int argc, char** argv, const Log& log) {
   const std::string folder = executableFolder();
   const auto paths = std::make_shared<const Paths>(Paths::ofProgram(folder));
   const PathMapping toNative = [paths](std::string_view path) { return paths->nativePath(path); };
@@ -36,6 +38,10 @@ void useLinuxPlatform(int argc, char** argv) {
   set.files = makeFileSystem(toNative);
   set.metabase = makeFileMetabase([paths](std::string_view server) { return paths->metabaseFileOf(server); });
   set.profile = makeProfileFiles(toNative);
+  set.shell = makeTreeCopy(toNative, log, [](std::string_view title, std::uint64_t done, std::uint64_t found) {
+    platform().events->showProgress(title, done, found);
+  });
+  set.createNtfsControl = [toNative] { return makeAccessLists(toNative); };
   set.registry = makeRegistryFile(folder + "/Registry.reg");
 }
 

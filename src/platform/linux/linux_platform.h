@@ -1,10 +1,16 @@
 // The set of facilities of a Linux machine.
 #pragma once
 
+#include <functional>
+#include <string_view>
+
 namespace trelvin {
+
+// Gets a line about an item that a facility could not deal with while the rest went on.
+using Log = std::function<void(std::string_view line)>;
 
 // Fills platform() with the Linux set, for a run without a window; a view puts its own dialogs and events
 // over it. The program folder is the executable's.
-void useLinuxPlatform(int argc, char** argv);
+void useLinuxPlatform(int argc, char** argv, const Log& log);
 
 }  // namespace trelvin
