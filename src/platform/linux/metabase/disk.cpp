@@ -15,7 +15,6 @@
 #include "core/err.h"
 
 namespace trelvin {
-inline namespace metabase_disk {
 
 namespace {
 
@@ -30,11 +29,6 @@ FileIdentity identityFrom(const struct stat& status) {
           nanoseconds(status.st_mtim),
           nanoseconds(status.st_ctim),
           status.st_mode};
-}
-
-std::string folderOf(const std::string& path) {
-  const std::string folder = std::filesystem::path(path).parent_path().string();
-  return folder.empty() ? "." : folder;
 }
 
 constexpr mode_t kAnyWrite = S_IWUSR | S_IWGRP | S_IWOTH;
@@ -59,44 +53,41 @@ std::optional<FileIdentity> identityOf(const std::string& path) {
   return identityFrom(status);
 }
 
-Descriptor::Descriptor(Descriptor&& other) noexcept : number_(std::exchange(other.number_, -1)) {}
-
-Descriptor& Descriptor::operator=(Descriptor&& other) noexcept {
-  std::swap(number_, other.number_);
-  return *this;
-}
-
-Descriptor::~Descriptor() {
-  if (number_ >= 0) ::close(number_);
-}
-
-FileIdentity Descriptor::identity() const {
+FileIdentity identityOfOpen(const Descriptor& file) {
   struct stat status {};
-  if (::fstat(number_, &status) != 0) failFromSystem("examined", "An open file");
+  if (::fstat(file.get(), &status) != 0) failFromSystem("examined", "An open file");
   return identityFrom(status);
 }
 
-Descriptor openFile(const std::string& path, int flags, mode_t mode) {
-  Descriptor file(::open(path.c_str(), flags | O_CLOEXEC, mode));
-  if (!file.isOpen()) failFromSystem("opened", path);
-  return file;
-}
+namespace {
 
-void writeAll(const Descriptor& file, std::string_view bytes, const std::string& path) {
-  while (!bytes.empty()) {
-    const ssize_t written = ::write(file.number(), bytes.data(), bytes.size());
-    if (written < 0 && errno == EINTR) continue;
-    if (written < 0) failFromSystem("written", path);
-    bytes.remove_prefix(static_cast<std::size_t>(written));
+// Runs an operation of the system and gives its failure the form of the metabase's own.
+template <typename Operation>
+auto onFile(std::string_view action, const std::string& path, Operation&& operation) {
+  try {
+    return operation();
+  } catch (const std::system_error& failed) {
+    errno = failed.code().value();
+    failFromSystem(action, path);
   }
 }
 
-std::vector<char> readAll(const Descriptor& file, const std::string& path) {
-  std::vector<char> content(file.identity().size);
+}  // namespace
+
+Descriptor openMetabaseFile(const std::string& path, int flags, mode_t mode) {
+  return onFile("opened", path, [&] { return openFile(path, flags, mode); });
+}
+
+void writeWhole(const Descriptor& file, std::string_view bytes, const std::string& path) {
+  onFile("written", path, [&] { writeAll(file, bytes); });
+}
+
+std::vector<char> readWhole(const Descriptor& file, const std::string& path) {
+  std::vector<char> content(identityOfOpen(file).size);
   std::size_t length = 0;
   while (length < content.size()) {
     const ssize_t count =
-        ::pread(file.number(), content.data() + length, content.size() - length, static_cast<off_t>(length));
+        ::pread(file.get(), content.data() + length, content.size() - length, static_cast<off_t>(length));
     if (count < 0 && errno == EINTR) continue;
     if (count < 0) failFromSystem("read", path);
     if (count == 0) break;
@@ -106,8 +97,8 @@ std::vector<char> readAll(const Descriptor& file, const std::string& path) {
   return content;
 }
 
-std::vector<char> readFile(const std::string& path) {
-  return readAll(openFile(path, O_RDONLY), path);
+std::vector<char> readWhole(const std::string& path) {
+  return readWhole(openMetabaseFile(path, O_RDONLY), path);
 }
 
 // The mode is asked besides the right, because an administrator has every right and still means the mark.
@@ -160,40 +151,40 @@ std::uint64_t fingerprintOf(std::string_view bytes) {
   return fingerprint.value();
 }
 
-Replacement::Replacement(std::string path)
+MetabaseRewrite::MetabaseRewrite(std::string path)
     : path_(std::move(path)),
       temporary_(path_ + ".new"),
-      file_(openFile(temporary_, O_WRONLY | O_CREAT | O_TRUNC, S_IRUSR | S_IWUSR)) {}
+      file_(openMetabaseFile(temporary_, O_WRONLY | O_CREAT | O_TRUNC, S_IRUSR | S_IWUSR)) {}
 
-Replacement::~Replacement() {
+MetabaseRewrite::~MetabaseRewrite() {
   if (!done_) ::unlink(temporary_.c_str());
 }
 
-void Replacement::write(std::string_view bytes) {
+void MetabaseRewrite::write(std::string_view bytes) {
   constexpr std::size_t kBufferSize = std::size_t{256} * 1024;
   fingerprint_.add(bytes);
   size_ += bytes.size();
   if (buffer_.size() + bytes.size() > kBufferSize) flush();
   if (bytes.size() >= kBufferSize) {
-    writeAll(file_, bytes, temporary_);
+    writeWhole(file_, bytes, temporary_);
   } else {
     buffer_ += bytes;
   }
 }
 
-void Replacement::flush() {
-  writeAll(file_, buffer_, temporary_);
+void MetabaseRewrite::flush() {
+  writeWhole(file_, buffer_, temporary_);
   buffer_.clear();
 }
 
 // Who might read or write the old file may do so with the new one. An attribute that the new file can't take
 // is not worth losing the change for.
-void Replacement::takeOver() {
+void MetabaseRewrite::takeOver() {
   struct stat status {};
   if (::stat(path_.c_str(), &status) != 0) failFromSystem("reached", path_);
-  if (::fchown(file_.number(), status.st_uid, status.st_gid) != 0 && errno != EPERM)
+  if (::fchown(file_.get(), status.st_uid, status.st_gid) != 0 && errno != EPERM)
     failFromSystem("written", temporary_);
-  if (::fchmod(file_.number(), status.st_mode & 07777U) != 0) failFromSystem("written", temporary_);
+  if (::fchmod(file_.get(), status.st_mode & 07777U) != 0) failFromSystem("written", temporary_);
   const ssize_t length = ::listxattr(path_.c_str(), nullptr, 0);
   if (length <= 0) return;
   std::string names(static_cast<std::size_t>(length), '\0');
@@ -205,17 +196,17 @@ void Replacement::takeOver() {
     if (size < 0) continue;
     std::string value(static_cast<std::size_t>(size), '\0');
     if (::getxattr(path_.c_str(), name, value.data(), value.size()) != size) continue;
-    if (::fsetxattr(file_.number(), name, value.data(), value.size(), 0) != 0) continue;
+    if (::fsetxattr(file_.get(), name, value.data(), value.size(), 0) != 0) continue;
   }
 }
 
-void Replacement::finish() {
+void MetabaseRewrite::finish() {
   flush();
   takeOver();
-  if (::fsync(file_.number()) != 0) failFromSystem("written", temporary_);
+  if (::fsync(file_.get()) != 0) failFromSystem("written", temporary_);
 }
 
-void Replacement::commit() {
+void MetabaseRewrite::commit() {
   if (::rename(temporary_.c_str(), path_.c_str()) != 0) failFromSystem("replaced", path_);
   done_ = true;
   syncFolderOf(path_);
@@ -228,8 +219,7 @@ void removeFile(const std::string& path) {
 void syncFolderOf(const std::string& path) {
   const Descriptor folder(::open(folderOf(path).c_str(), O_RDONLY | O_DIRECTORY | O_CLOEXEC));
   // A file system that can't do it has nothing to lose by it.
-  if (folder.isOpen()) static_cast<void>(::fsync(folder.number()));
+  if (folder.get() >= 0) static_cast<void>(::fsync(folder.get()));
 }
 
-}  // namespace metabase_disk
 }  // namespace trelvin

@@ -9,8 +9,9 @@
 #include <string_view>
 #include <vector>
 
+#include "platform/linux/native_file.h"
+
 namespace trelvin {
-inline namespace metabase_disk {
 
 // Win32's own numbers, in HRESULT form, for what the metabase's numbers don't tell.
 inline constexpr std::int32_t kDiskFullResult = static_cast<std::int32_t>(0x80070070U);
@@ -34,32 +35,14 @@ struct FileIdentity {
 // Nothing when there is no file of that name.
 std::optional<FileIdentity> identityOf(const std::string& path);
 
-// Owns a descriptor.
-class Descriptor {
- public:
-  Descriptor() = default;
-  explicit Descriptor(int number) : number_(number) {}
-  Descriptor(Descriptor&& other) noexcept;
-  Descriptor& operator=(Descriptor&& other) noexcept;
-  Descriptor(const Descriptor&) = delete;
-  Descriptor& operator=(const Descriptor&) = delete;
-  ~Descriptor();
-
-  [[nodiscard]] bool isOpen() const { return number_ >= 0; }
-  [[nodiscard]] int number() const { return number_; }
-  [[nodiscard]] FileIdentity identity() const;
-
- private:
-  int number_ = -1;
-};
-
 // All of these fail with 0x80070005 without the right, 0x80070070 on a full disk, 0x800CC819 else; the
 // description names the file and the system's cause.
 [[noreturn]] void failFromSystem(std::string_view action, const std::string& path);
-Descriptor openFile(const std::string& path, int flags, mode_t mode = 0);
-void writeAll(const Descriptor& file, std::string_view bytes, const std::string& path);
-std::vector<char> readAll(const Descriptor& file, const std::string& path);
-std::vector<char> readFile(const std::string& path);
+FileIdentity identityOfOpen(const Descriptor& file);
+Descriptor openMetabaseFile(const std::string& path, int flags, mode_t mode = 0);
+void writeWhole(const Descriptor& file, std::string_view bytes, const std::string& path);
+std::vector<char> readWhole(const Descriptor& file, const std::string& path);
+std::vector<char> readWhole(const std::string& path);
 // Fails with 0x80070005 when the file or its folder is marked read-only, whoever asks.
 void requireWritableFile(const std::string& path, const FileIdentity& identity);
 
@@ -79,13 +62,15 @@ class Fingerprint {
 };
 std::uint64_t fingerprintOf(std::string_view bytes);
 
-// A new file beside the one that it is to replace. Unless commit was called it is taken away again.
-class Replacement {
+// A metabase written anew beside the one that it is to replace. Unless commit was called it is taken away
+// again. Its name is always the same, so that what a killed process left behind is overwritten by the next
+// one.
+class MetabaseRewrite {
  public:
-  explicit Replacement(std::string path);
-  Replacement(const Replacement&) = delete;
-  Replacement& operator=(const Replacement&) = delete;
-  ~Replacement();
+  explicit MetabaseRewrite(std::string path);
+  MetabaseRewrite(const MetabaseRewrite&) = delete;
+  MetabaseRewrite& operator=(const MetabaseRewrite&) = delete;
+  ~MetabaseRewrite();
 
   void write(std::string_view bytes);
   // Everything is on the disk when it returns.
@@ -112,5 +97,4 @@ class Replacement {
 void removeFile(const std::string& path);
 void syncFolderOf(const std::string& path);
 
-}  // namespace metabase_disk
 }  // namespace trelvin

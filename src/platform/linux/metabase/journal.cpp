@@ -185,9 +185,9 @@ std::string journalPathOf(const std::string& metabasePath) {
 JournalContent readJournal(const std::string& path, const FileState& file) {
   JournalContent result;
   if (!identityOf(path)) return result;
-  const Descriptor descriptor = openFile(path, O_RDONLY);
-  result.identity = descriptor.identity();
-  const std::vector<char> content = readAll(descriptor, path);
+  const Descriptor descriptor = openMetabaseFile(path, O_RDONLY);
+  result.identity = identityOfOpen(descriptor);
+  const std::vector<char> content = readWhole(descriptor, path);
   const std::string_view bytes(content.data(), content.size());
   if (bytes.size() < kHeaderSize) return result;
   Reader header(bytes.substr(kMark.size(), kHeaderSize - kMark.size()));
@@ -211,13 +211,13 @@ JournalContent readJournal(const std::string& path, const FileState& file) {
 
 Journal::Journal(std::string path, const FileState& file, const JournalContent& read)
     : path_(std::move(path)),
-      file_(openFile(path_, O_RDWR | O_APPEND | (read.identity ? 0 : O_CREAT), S_IRUSR | S_IWUSR)) {
+      file_(openMetabaseFile(path_, O_RDWR | O_APPEND | (read.identity ? 0 : O_CREAT), S_IRUSR | S_IWUSR)) {
   const auto busy = [&] {
     return Failure(kPathBusyResult,
                    path_ + " is in use: another program is changing this metabase. Try again later.");
   };
-  if (::flock(file_.number(), LOCK_EX | LOCK_NB) != 0) throw busy();
-  const FileIdentity held = file_.identity();
+  if (::flock(file_.get(), LOCK_EX | LOCK_NB) != 0) throw busy();
+  const FileIdentity held = identityOfOpen(file_);
   const std::optional<FileIdentity> named = identityOf(path_);
   // Whoever held it before may have written on, or removed it, while it was being opened.
   const bool sameFile = named && named->inode == held.inode && named->device == held.device;
@@ -227,15 +227,15 @@ Journal::Journal(std::string path, const FileState& file, const JournalContent& 
     begin(file);
   } else {
     length_ = read.length;
-    if (::ftruncate(file_.number(), static_cast<off_t>(length_)) != 0) failFromSystem("written", path_);
+    if (::ftruncate(file_.get(), static_cast<off_t>(length_)) != 0) failFromSystem("written", path_);
   }
 }
 
 void Journal::begin(const FileState& file) {
   const std::string header = headerFor(file);
   try {
-    if (::ftruncate(file_.number(), 0) != 0) failFromSystem("written", path_);
-    writeAll(file_, header, path_);
+    if (::ftruncate(file_.get(), 0) != 0) failFromSystem("written", path_);
+    writeWhole(file_, header, path_);
   } catch (const Failure&) {
     ::unlink(path_.c_str());
     throw;
@@ -250,9 +250,9 @@ void Journal::appendRecord(std::string_view content) {
   put(record, fingerprintOf(content));
   record += content;
   try {
-    writeAll(file_, record, path_);
+    writeWhole(file_, record, path_);
   } catch (const Failure&) {
-    static_cast<void>(!::ftruncate(file_.number(), static_cast<off_t>(length_)));
+    static_cast<void>(!::ftruncate(file_.get(), static_cast<off_t>(length_)));
     throw;
   }
   length_ += record.size();
@@ -270,7 +270,7 @@ void Journal::appendCheckpoint(const FileState& next) {
   std::string content(1, kCheckpointRecord);
   putState(content, next);
   appendRecord(content);
-  if (::fdatasync(file_.number()) != 0) failFromSystem("written", path_);
+  if (::fdatasync(file_.get()) != 0) failFromSystem("written", path_);
 }
 
 void Journal::remove() {

@@ -169,7 +169,7 @@ std::string placeOf(std::string_view text, std::size_t position) {
 
 // The parse has changed the text in memory, so that the place is counted in the file itself.
 void refuseFile(const std::string& path, std::size_t position, std::string_view cause) {
-  const std::vector<char> text = readFile(path);
+  const std::vector<char> text = readWhole(path);
   throw Failure(
       error_number::kMetabaseUnreadable,
       path + ", " + placeOf({text.data(), text.size()}, position) + ": " + std::string(cause) + ".");
@@ -208,9 +208,9 @@ LoadedMetabase loadMetabase(const std::string& path) {
   LoadedMetabase loaded;
   loaded.tree = std::make_shared<Tree>();
   Tree& tree = *loaded.tree;
-  const Descriptor file = openFile(path, O_RDONLY);
-  loaded.identity = file.identity();
-  tree.buffer = readAll(file, path);
+  const Descriptor file = openMetabaseFile(path, O_RDONLY);
+  loaded.identity = identityOfOpen(file);
+  tree.buffer = readWhole(file, path);
   loaded.state = {tree.buffer.size(), fingerprintOf({tree.buffer.data(), tree.buffer.size()})};
   parseXml(path, tree.buffer, tree.document);
   Loader(path, tree).addAll();

@@ -26,7 +26,7 @@ bool holdsWord(const pugi::xml_attribute& attribute, std::string_view word) {
 class SchemaFile {
  public:
   SchemaFile(std::string path, Schema& schema)
-      : path_(std::move(path)), schema_(schema), text_(readFile(path_)) {
+      : path_(std::move(path)), schema_(schema), text_(readWhole(path_)) {
     parseXml(path_, text_, document_);
   }
 

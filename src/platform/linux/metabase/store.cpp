@@ -43,7 +43,7 @@ bool MetabaseStore::journalIsUnchanged() const {
 bool MetabaseStore::isUnchanged(const FileIdentity& now) {
   if (now.sameContentAs(identity_)) return true;
   if (now.size != state_.size) return false;
-  const std::vector<char> text = readFile(path_);
+  const std::vector<char> text = readWhole(path_);
   if (fingerprintOf({text.data(), text.size()}) != state_.fingerprint) return false;
   identity_ = now;
   return true;
@@ -120,12 +120,12 @@ void MetabaseStore::checkpoint() {
 
 void MetabaseStore::writeNewFile() {
   refresh();
-  const std::vector<char> source = readFile(path_);
+  const std::vector<char> source = readWhole(path_);
   const std::string_view text(source.data(), source.size());
   if (FileState{source.size(), fingerprintOf(text)} != state_) {
     throw Failure(error_number::kMetabaseUnreadable, path_ + " was changed by another program.");
   }
-  Replacement next(path_);
+  MetabaseRewrite next(path_);
   writeMetabase(*tree_, text, next);
   next.finish();
   journal_->appendCheckpoint({next.size(), next.fingerprint()});

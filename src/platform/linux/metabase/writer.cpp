@@ -112,7 +112,7 @@ class Editor {
 
 }  // namespace
 
-void writeMetabase(const Tree& tree, std::string_view source, Replacement& target) {
+void writeMetabase(const Tree& tree, std::string_view source, MetabaseRewrite& target) {
   std::size_t done = 0;
   for (const Edit& edit : Editor(tree, source).edits()) {
     target.write(source.substr(done, edit.begin - done));
