@@ -1,13 +1,16 @@
 #!/usr/bin/env bash
-# Shows Trelvin at work: builds it, runs a sample job unattended against a copy of the sample servers, and tells what
-# came of it. The samples stay as they are; the copy, the log and all that the run tells are left in build/demo.
+# Shows Trelvin at work on a copy of the sample servers: builds it, stores sites of a server in a database, then moves
+# two web sites and an FTP site from an IIS 5 and an IIS 6 to a new IIS 6, and compares. The samples stay as they are;
+# the copy, the logs and all that the runs tell are left in build/demo.
 #
-#   scripts/demo.sh [job]      job: a name in samples/jobs, web5-sites.job if none is given
+#   scripts/demo.sh [job]      runs just that job; a name in samples/jobs that stores sites
 set -euo pipefail
 cd "$(dirname "${BASH_SOURCE[0]}")/.."
 source scripts/packages.sh
 
 job=${1:-web5-sites.job}
+# Each moves one site to NEW6.
+readonly kMoves=(move-web5-site.job move-web6-site.job move-web5-ftp.job)
 if [[ $job != *.job || ! -f samples/jobs/$job ]]; then
   echo "There is no job samples/jobs/$job. These can be run:" >&2
   (cd samples/jobs && printf '  %s\n' *.job) >&2
@@ -32,8 +35,11 @@ quietly() {
 # $1: a query. Prints its rows as a table.
 ask() { sqlite3 -readonly -box "$database" "$1"; }
 
+# $1: a job in the program folder; then further words of the command line.
 runJob() {
-  (cd "$scratch" && TRELVIN_NETWORK=$scratch/servers "$program/trelvin" -RUNBACKUP -B "$job")
+  local name=$1
+  shift
+  (cd "$scratch" && TRELVIN_NETWORK=$scratch/servers "$program/trelvin" -RUNBACKUP -B "$name" "$@")
 }
 
 # An IIS without application pools makes the program note for every value that it has no pool's name; one line in
@@ -44,9 +50,11 @@ showLog() {
   echo "(and $(grep -c "$noise" "$scratch/Trelvin.log" || true) lines that say that a node $noise)"
 }
 
-# What a long value of several lines looks like in one line of a table.
-readonly kValue="substr(replace(coalesce(StringValue, ObjectValue, NumberValue,
-  iif(BooleanValue, 'True', 'False')), char(13, 10), ' | '), 1, 60)"
+# What a long value of several lines looks like in one line of a table. $1: the table.
+valueOf() {
+  printf '%s' "substr(replace(coalesce($1.StringValue, $1.ObjectValue, $1.NumberValue,
+    CASE WHEN $1.BooleanValue THEN 'True' ELSE 'False' END), char(13, 10), ' | '), 1, 60)"
+}
 
 showDatabase() {
   echo "The database: $database"
@@ -59,37 +67,91 @@ showDatabase() {
   ask "SELECT SiteNumber AS Site, Location, Class, StringValue AS Path, AppPath, AppInOutProc, AppPoolName
        FROM Data WHERE Name = 'Path' AND DataType = 8 ORDER BY ID"
   heading "Table Data: some of the properties"
-  ask "SELECT SiteNumber AS Site, Location, Name, DataType AS Type, $kValue AS Value FROM Data
+  ask "SELECT SiteNumber AS Site, Location, Name, DataType AS Type, $(valueOf Data) AS Value FROM Data
        WHERE Name IN ('ServerComment', 'ServerBindings', 'SecureBindings', 'AccessFlags', 'AccessScript',
                       'AppFriendlyName', 'AppPoolId', 'DefaultDoc', 'HttpCustomHeaders', 'ScriptMaps')
        ORDER BY ID LIMIT 60"
 }
 
+# The sites of a server go into the database of the comparison. $1: server, $2: its version, $3: service, $4: site, or
+# "all".
+storeForComparison() {
+  local all=False
+  [[ $4 != all ]] || all=True
+  printf '%s\n' '[Job Details]' Sites=1 "ImportServer=$1" ExportServer=Database "ImportVersion=$2" ExportVersion=IIS6 \
+    "Type=$3" AutoStartSites=False 'SiteCreationMode=Create New' FindReplaceCount=0 "BackupAllSites=$all" \
+    '[1Site]' "SiteName=IIS://$1/$3/$4" >"$program/compare.job"
+  runJob compare.job -C "DBQ=Z:$compared;Driver={Microsoft Access Driver (*.mdb)};" >/dev/null
+}
+
+# A site is told by its comment: on the target it has another number. Rows of the same node and property are compared.
+showComparison() {
+  database=$compared
+  ask "CREATE TEMP VIEW Latest AS SELECT SiteName, Type, min(ID) AS Source, max(ID) AS Target FROM Sites
+         GROUP BY SiteName, Type HAVING count(*) = 2;
+       CREATE TEMP VIEW Pairs AS SELECT Latest.SiteName, Latest.Type, source.Location, source.Name,
+           $(valueOf source) AS Was, $(valueOf target) AS Has, target.ID AS Found
+         FROM Latest JOIN Data AS source ON source.SiteNumber = Latest.Source AND source.AppPoolName IS NULL
+         LEFT JOIN Data AS target ON target.SiteNumber = Latest.Target AND target.AppPoolName IS NULL
+           AND target.Location = source.Location AND target.Name = source.Name AND target.Class IS source.Class
+         WHERE source.Class IS NOT NULL;
+       SELECT SiteName, Type, count(*) AS Properties, sum(Found IS NOT NULL AND Was IS Has) AS Same,
+         sum(Found IS NOT NULL AND Was IS NOT Has) AS Changed, sum(Found IS NULL) AS 'Not there'
+         FROM Pairs GROUP BY SiteName, Type;
+       SELECT substr(SiteName, 1, 16) AS Site, Location, Name, substr(Was, 1, 40) AS Source,
+         substr(CASE WHEN Found IS NULL THEN '(not there)' ELSE Has END, 1, 40) AS Target
+         FROM Pairs WHERE (Found IS NULL OR Was IS NOT Has) AND Location NOT LIKE '/Filters%' ORDER BY 1, 2, 3;"
+  echo "Filters stay behind. So do settings of single files, each with a line in the log."
+}
+
+demoStore() {
+  heading "Storing sites: samples/jobs/$job"
+  cp "samples/jobs/$job" "$program/$job"
+  tr -d '\r' <"samples/jobs/$job"
+  heading "The run: trelvin -RUNBACKUP -B $job"
+  local stamp=$scratch/before-the-run
+  touch "$stamp"
+  runJob "$job"
+  heading "The log: build/demo/Trelvin.log"
+  showLog
+  heading "What was stored"
+  database=$(find "$program/BackupJobs" -name '*.mdb' -newer "$stamp" -print -quit 2>/dev/null || true)
+  if [[ -z $database ]]; then
+    echo "The run left no database in $program/BackupJobs." >&2
+    exit 1
+  fi
+  showDatabase
+}
+
+demoMove() {
+  local move
+  for move in "${kMoves[@]}"; do
+    heading "Moving a site: samples/jobs/$move"
+    cp "samples/jobs/$move" "$program/$move"
+    rm -f "$scratch/Trelvin.log"
+    runJob "$move"
+    echo "In the log, what is worth a look:"
+    showLog | grep -E 'Error|Exporting from' || true
+  done
+  heading "Source and target compared"
+  cp "$program/ForBackups.mdb" "$compared"
+  storeForComparison WEB5 IIS5 W3SVC 3
+  storeForComparison WEB6 IIS6 W3SVC 1876543210
+  storeForComparison WEB5 IIS5 MSFTPSVC 1
+  storeForComparison NEW6 IIS6 W3SVC all
+  storeForComparison NEW6 IIS6 MSFTPSVC all
+  showComparison
+}
+
 rm -rf "$scratch"
 mkdir -p "$scratch"
+compared=$scratch/compare.mdb
 
 heading "Building (messages in build/demo)"
 quietly install installMissing "${kBuildPackages[@]}"
 quietly build buildPreset default trelvin program_folder
 echo "$program/trelvin"
-
-heading "The job: samples/jobs/$job"
 cp -r samples/servers "$scratch/servers"
-cp "samples/jobs/$job" "$program/$job"
-tr -d '\r' <"samples/jobs/$job"
 
-heading "The run: trelvin -RUNBACKUP -B $job"
-stamp=$scratch/before-the-run
-touch "$stamp"
-runJob
-
-heading "The log: build/demo/Trelvin.log"
-showLog
-
-heading "What was stored"
-database=$(find "$program/BackupJobs" -name '*.mdb' -newer "$stamp" -print -quit 2>/dev/null || true)
-if [[ -z $database ]]; then
-  echo "The run left no database in $program/BackupJobs." >&2
-  exit 1
-fi
-showDatabase
+demoStore
+[[ $# -gt 0 ]] || demoMove
