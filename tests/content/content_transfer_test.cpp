@@ -272,6 +272,18 @@ TEST_F(ContentTransfer, ADirectoryThatFailsDoesNotKeepBackTheNext) {
   EXPECT_TRUE(hasOutput("Done!"));
 }
 
+TEST_F(ContentTransfer, ALogThatCannotBeWrittenKeepsNoDirectoryBack) {
+  select({0});
+  removeFolder("WEB2", "C$/shop");
+  RecordedFiles& files = recordFiles();
+  files.failOn("createFolder", R"(\\WEB2\C$\shop)", error_number::kPermissionDenied);
+  files.refuses = [](const std::string& line) { return line.find("opying ") != std::string::npos; };
+  transfer();
+  EXPECT_THAT(copyLines(), IsEmpty());
+  EXPECT_THAT(copies(), ElementsAre(R"(\\WEB1\D$\manuals > \\WEB2\D$)"));
+  EXPECT_TRUE(hasOutput("Done!"));
+}
+
 TEST_F(ContentTransfer, ASilentRunGoesOnToTheConfigurationWithoutShares) {
   select({0});
   removeFolder("WEB2", "D$");
@@ -388,6 +400,16 @@ TEST_F(ContentTransfer, StopsTheTimerBehindAWalkThatFailed) {
   copyPermissionsToo();
   lists.failOn("NTFSCtl1 GetAccounts", error_number::kControlException);
   transfer();
+  EXPECT_FALSE(frmMain.syncPermTimer.enabled);
+}
+
+TEST_F(ContentTransfer, AWalkWhoseFailuresCannotBeLoggedEndsAndLeavesTheNextDirectoryItsOwn) {
+  select({0});
+  copyPermissionsToo();
+  lists.failOn("NTFSCtl1 FileOrDirectory = \\\\WEB1\\C$\\shop", error_number::kPermissionDenied);
+  recordFiles().refuses = [](const std::string& line) { return line.find("Error") != std::string::npos; };
+  transfer();
+  EXPECT_THAT(lists.pathsGivenTo("NTFSCtl2"), ElementsAre(R"(\\WEB2\D$\manuals)"));
   EXPECT_FALSE(frmMain.syncPermTimer.enabled);
 }
 

@@ -78,6 +78,10 @@ ProgramTest::ProgramTest() : formerFolder_(fs::current_path()) {
   events = put(set.events, std::make_unique<RecordedEvents>());
   set.files = makeFileSystem(toNative);
   set.profile = makeProfileFiles(toNative);
+  set.shell = makeTreeCopy(
+      toNative, [this](std::string_view line) { copyReports.emplace_back(line); },
+      [](std::string_view, std::uint64_t, std::uint64_t) {});
+  set.createNtfsControl = [toNative] { return makeAccessLists(toNative); };
   set.registry = makeRegistryFile((programFolder() / "Registry.reg").string());
   set.databases =
       makeOdbcDatabases([toNative](std::string_view text) { return accessDriverString(text, toNative); });
