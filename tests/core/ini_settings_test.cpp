@@ -87,9 +87,10 @@ TEST_F(IniSettingsTest, SectionsAndKeysMatchInAnyCaseAndTheFirstMatchWins) {
 }
 
 TEST_F(IniSettingsTest, BlanksAroundAValueAreLost) {
-  useJob("a.job", "[Import]\r\nServer=   web1   \r\nQuoted=\"  web2  \"\r\n");
+  useJob("a.job", "[Import]\r\nServer=   web1   \r\nQuoted=\"  web2  \"\r\nBlank=\"   \"\r\n");
   EXPECT_EQ(returnIniSetting("Import", "Server"), "web1");
   EXPECT_EQ(returnIniSetting("Import", "Quoted"), "web2");
+  EXPECT_EQ(returnIniSetting("Import", "Blank"), "");
 }
 
 TEST_F(IniSettingsTest, AValueOf49CharactersComesBackWholeAndOfALongerOneTheFirst49) {

@@ -88,6 +88,7 @@ TEST_F(SiteDetailsTest, WithSeveralLinesSelectedTheListsEndUpShowingTheLast) {
   EXPECT_EQ(entriesOf(frmMain.lstDirectories(0)), (Texts{"d:\\two"}));
   EXPECT_EQ(entriesOf(frmMain.lstOldIPs(0)), (Texts{":81:"}));
   EXPECT_EQ(frmMain.lstOldSSLIPs(0).listCount(), 0);
+  EXPECT_EQ(entriesOf(frmMain.lstCheckCopy(0)), (Texts{"True", "True"})) << "of the site that was read last";
   EXPECT_EQ(frmMain.iCurrentSite, 1);
   unselect(1);
   EXPECT_EQ(entriesOf(frmMain.lstDirectories(0)), (Texts{"d:\\one", "e:\\images"}));
@@ -289,6 +290,12 @@ TEST_F(SiteDetailsTest, AnEmptyPathOccursInEveryOtherAndCancelsThemAll) {
   EXPECT_EQ(copyFlags(), (Texts{"d:\\root not", "e:\\b not"}));
 }
 
+TEST_F(SiteDetailsTest, AnEntryOfBlanksIsNotCancelled) {
+  selectSiteWith({{"a", ""}, {"b", "  "}});
+  EXPECT_EQ(entriesOf(frmMain.lstFilesToCopy(0)), (Texts{"d:\\root", "", "  "}));
+  EXPECT_EQ(entriesOf(frmMain.lstCheckCopy(0)), (Texts{"False", "True", "True"}));
+}
+
 TEST_F(SiteDetailsTest, RowsOfFilesKeepTheNumbersOfTheirEntries) {
   selectSiteWith({{"a", ""}, {"b", "e:\\b"}});
   EXPECT_EQ(filesToCopy(), (Rows{{"0", "0", "d:\\root", "not"}, {"0", "2", "e:\\b", "not"}}));
@@ -362,6 +369,34 @@ TEST_F(SiteDetailsTest, AFailureInOneChildIsForgottenBeforeTheNext) {
   run.bDebug = true;
   select(0);
   for (const std::string& line : logLines()) EXPECT_FALSE(line.starts_with("POP Err")) << line;
+}
+
+TEST_F(SiteDetailsTest, AFailureInOneChildIsForgottenAtTheNextWhateverItsClass) {
+  addWebServer(webSite("1", {{"ServerComment", "One"}}) + webDirectory("1/ROOT", "d:\\one") +
+               element("IIsWebDirectory", "/LM/W3SVC/1/ROOT/plain"));
+  pressPopulate();
+  metabase->failOn("Get", "1/ROOT", "Path", error_number::kAccessDenied);
+  select(0);
+  EXPECT_EQ(boxes().front(), kNoPath);
+  EXPECT_FALSE(Err.isSet());
+}
+
+TEST_F(SiteDetailsTest, TheListsAreEmptiedBeforeASiteIsRead) {
+  addTwoSites();
+  const std::vector<ListControl*> lists{&frmMain.lstFolders(0),   &frmMain.lstDirectories(0),
+                                        &frmMain.lstOldIPs(0),    &frmMain.lstNewIPs(0),
+                                        &frmMain.lstOldSSLIPs(0), &frmMain.lstNewSSLIPs(0)};
+  for (ListControl* list : lists) list->addItem("stale");
+  frmMain.DBSettings->close();  // so that nothing is displayed behind the reading
+  EXPECT_EQ(numberOfFailure([] { select(0); }), error_number::kObjectIsClosed);
+  EXPECT_EQ(frmMain.lstFolders(0).listCount(), 0);
+  EXPECT_EQ(frmMain.lstDirectories(0).listCount(), 0);
+  frmMain.DBSettings->open(frmMain.sSettingsConnection);
+  databases.failOn("OpenRows", "tmpSettings", error_number::kUnspecified);
+  unselect(0);
+  select(0);
+  EXPECT_EQ(logLines().back(), "frmMain_ShowList Error -2147467259 Unspecified error");
+  for (const ListControl* list : lists) EXPECT_EQ(list->listCount(), 0) << list->name;
 }
 
 TEST_F(SiteDetailsTest, AChildWhoseClassCannotBeReadIsTakenForAVirtualDirectory) {
@@ -453,6 +488,7 @@ TEST_F(SiteDetailsTest, AReadSiteIsAnnouncedAndNotReadAgain) {
   EXPECT_EQ(timesLogged("Site 0 selected"), 1);
   EXPECT_EQ(timesLogged("Initialisting 0 selected"), 0);
   EXPECT_EQ(timesLogged("Initialisting 1 selected"), 1);
+  EXPECT_EQ(timesLogged(statements::directoryRows(0)), 1) << "a debug log shows every statement";
 }
 
 TEST_F(SiteDetailsTest, ASiteWithoutDirectoriesIsToldEachTimeItIsShown) {

@@ -284,6 +284,17 @@ TEST_F(ServerListingTest, AListingThrowsTheFormerOneAwayWithAllItsEdits) {
   EXPECT_EQ(frmMain.abDetailsRead, (std::vector<bool>{false, false, false}));
 }
 
+TEST_F(ServerListingTest, NoSiteCountsAsReadInANewListing) {
+  addWebServer("");
+  frmMain.abDetailsRead = {true, true};
+  pressPopulate();
+  EXPECT_EQ(frmMain.abDetailsRead, (std::vector<bool>{false}));
+  addWebServer(webSite("1", {}));
+  frmMain.abDetailsRead = {true, true};
+  pressPopulate();
+  EXPECT_EQ(frmMain.abDetailsRead, (std::vector<bool>{false}));
+}
+
 TEST_F(ServerListingTest, TheWorkingRowsGoInTheirOrder) {
   addThreeSites();
   pressPopulate();
@@ -492,6 +503,21 @@ TEST_F(DatabaseListingTest, ReplacesTheFormerListing) {
   EXPECT_EQ(frmMain.lstSiteIndexes.listCount(), 2);
   EXPECT_EQ(frmMain.iSiteCount, 2);
   EXPECT_EQ(frmMain.abDetailsRead, (std::vector<bool>{false, false}));
+}
+
+TEST_F(DatabaseListingTest, NoSiteCountsAsReadInANewListing) {
+  store("Shop", "Web", "2004-03-07 14:05:09");
+  frmMain.abDetailsRead = {true, true};
+  pressPopulate();
+  EXPECT_EQ(frmMain.abDetailsRead, (std::vector<bool>{false}));
+}
+
+TEST_F(DatabaseListingTest, StartsWithTheFirstRow) {
+  store("Shop", "Web", "2004-03-07 14:05:09");
+  databases.calls.clear();
+  pressPopulate();
+  EXPECT_EQ(databases.textsOf("MoveFirst").size(), 1U);
+  EXPECT_EQ(databases.textsOf("MoveNext").size(), 1U);
 }
 
 TEST_F(DatabaseListingTest, TheListIsRefreshedAfterEachSite) {

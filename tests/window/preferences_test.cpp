@@ -156,6 +156,7 @@ TEST_F(PreferencesTest, WithNoSiteListedNothingIsTakenDown) {
   frmMain.TabImportType.select(1);
   EXPECT_EQ(entriesOf(frmMain.lstFolders(0)), (Texts{"stays"}));
   EXPECT_TRUE(dialogs->shown.empty());
+  EXPECT_EQ(logLines().back(), "Loading complete");
 }
 
 TEST_F(PreferencesTest, OverwriteAndCreateExcludeEachOther) {
@@ -243,6 +244,19 @@ TEST_F(PreferencesTest, ADatabaseAsSourceHasNoContentAndNoPermissions) {
   }
   EXPECT_FALSE(run.bCopyFiles || run.bSetFilePerms || run.bFastPerms);
   EXPECT_TRUE(run.bCopyIIS);
+}
+
+TEST_F(PreferencesTest, AChangeOfTheSourceRefreshesTheTargetsControls) {
+  frmMain.cmdExportServer.enabled = false;
+  frmMain.fraExportServer.visible = false;
+  frmMain.TabImportType.select(2);
+  EXPECT_TRUE(frmMain.cmdExportServer.enabled);
+  EXPECT_TRUE(frmMain.fraExportServer.visible);
+  frmMain.cmdExportServer.enabled = false;
+  frmMain.fraExportServer.visible = false;
+  frmMain.TabImportType.select(1);
+  EXPECT_TRUE(frmMain.cmdExportServer.enabled);
+  EXPECT_TRUE(frmMain.fraExportServer.visible);
 }
 
 TEST_F(PreferencesTest, ASourceThatIsADatabaseTwiceOverKeepsOneExportTab) {
