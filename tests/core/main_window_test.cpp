@@ -236,6 +236,8 @@ TEST_F(MainWindowTest, TheWindowStartsWithWebSitesOfAServer) {
 
 TEST_F(MainWindowTest, TheWindowStartsWithAServerAsItsTargetOnTheFirstTabs) {
   frmMain.optExportFile.setValue(true);
+  frmMain.TabImportType.select(2);
+  frmMain.TabExportType.select(2);
   openWindow();
   EXPECT_TRUE(frmMain.optExportServer.value());
   EXPECT_FALSE(frmMain.optExportFile.value());
