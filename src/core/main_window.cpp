@@ -1,5 +1,6 @@
 #include "core/main_window.h"
 
+#include <algorithm>
 #include <array>
 
 #include "core/err.h"
@@ -12,6 +13,7 @@
 #include "stores/connections.h"
 #include "stores/statements.h"
 #include "window/frm_main.h"
+#include "window/frm_perm_progress.h"
 #include "window/frm_splash.h"
 #include "window/switching.h"
 #include "window/wiring.h"
@@ -109,8 +111,8 @@ void placeControls() {
   frmMain.NTFSCtl2.object = platform().createNtfsControl();
 }
 
-std::array<Form*, 2> allForms() {
-  return {&frmSplash, &frmMain};
+std::array<Form*, 3> allForms() {
+  return {&frmSplash, &frmMain, &frmPermProgress};
 }
 
 // The connections die with the form.
@@ -187,7 +189,8 @@ void unloadForm(Form& form) {
 }
 
 bool anyFormLoaded() {
-  return frmSplash.loaded || frmMain.loaded;
+  const auto forms = allForms();
+  return std::any_of(forms.begin(), forms.end(), [](const Form* form) { return form->loaded; });
 }
 
 void mnuExit_Click() {
