@@ -149,7 +149,7 @@ TEST_F(ABrokenFile, OfOneInvalidPropertyLosesThatAlone) {
 TEST_F(ABrokenFile, OfAnInvalidTypeIsPassedOverForEachType) {
   writeFile(
       metabaseOf("<IIsWebServer\tLocation =\"/LM/W3SVC/1\"\n"
-                 "\t\tAccessFlags=\"AccessRead | AccessTheMoon\"\n\t\tConnectionTimeout=\"4294967296\"\n"
+                 "\t\tAccessFlags=\"AccessTheMoon\"\n\t\tConnectionTimeout=\"4294967296\"\n"
                  "\t\tIPSecurity=\"xyz\"\n\t\tMaxConnections=\" "
                  "\"\n\t\tSSLCertHash=\"abc\"\n\t\tServerAutoStart=\"maybe\"\n"
                  "\t>\n</IIsWebServer>\n"));

@@ -307,8 +307,10 @@ std::vector<std::string> FileNode::getDataPaths(std::string_view propertyName, c
   while (!left.empty()) {
     Node* at = left.back();
     left.pop_back();
-    const bool holds =
-        index == schema.keyType() ? !at->keyType.empty() : tree_->stored(*at, index) != nullptr;
+    // A property that the node's class does not list is kept as a custom one, and those nobody sees.
+    const bool holds = index == schema.keyType()
+                           ? !at->keyType.empty()
+                           : at->schemaClass->hasProperty(index) && tree_->stored(*at, index) != nullptr;
     if (holds) paths.push_back(adsPath_ + std::string(at->location.substr(node_->location.size())));
     const std::vector<Node*>& children = tree_->children(*at);
     left.insert(left.end(), children.rbegin(), children.rend());

@@ -197,14 +197,16 @@ std::optional<std::uint32_t> bitsOf(const Schema& schema, const Property& proper
   if (const auto number = decimalBits(text)) return number;
   if (property.flags.empty()) return std::nullopt;
   std::uint32_t bits = 0;
+  bool anyKnown = text.empty();
   while (!text.empty()) {
     const std::size_t end = std::min(text.find('|'), text.size());
     const auto flag = flagBits(schema, property, withoutBlanks(text.substr(0, end)));
-    if (!flag) return std::nullopt;
-    bits |= *flag;
+    // A flag of another version must not take the others with it: a site would lose all its rights.
+    anyKnown = anyKnown || flag.has_value();
+    bits |= flag.value_or(0);
     text.remove_prefix(std::min(end + 1, text.size()));
   }
-  return bits;
+  return anyKnown ? std::optional(bits) : std::nullopt;
 }
 
 std::string textOfBits(const Schema& schema, const Property& property, std::uint32_t bits) {
