@@ -174,8 +174,8 @@ std::vector<std::string> namesIn(const std::string& nativePath, bool folders) {
   return names;
 }
 
-// What SQLite keeps beside a database belongs to the file that is replaced, and would spoil the one that takes its
-// place: a run that was killed leaves such files.
+// What SQLite keeps beside a database belongs to the file that is replaced, and would spoil the one that
+// takes its place: a run that was killed leaves such files.
 void removeDatabaseJournals(const std::string& nativePath) {
   for (const char* ending : {"-wal", "-shm", "-journal"}) {
     if (::unlink((nativePath + ending).c_str()) != 0 && errno != ENOENT) check(-1);

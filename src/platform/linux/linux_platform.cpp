@@ -1,5 +1,6 @@
 #include "platform/linux/linux_platform.h"
 
+#include <csignal>
 #include <iostream>
 #include <memory>
 #include <string>
@@ -22,6 +23,8 @@
 namespace trelvin {
 
 void useLinuxPlatform(int argc, char** argv, const Log& log) {
+  // Whoever read the output may go away; the run must not go with him.
+  std::signal(SIGPIPE, SIG_IGN);
   const std::string folder = executableFolder();
   const auto paths = std::make_shared<const Paths>(Paths::ofProgram(folder));
   const PathMapping toNative = [paths](std::string_view path) { return paths->nativePath(path); };
@@ -38,9 +41,10 @@ void useLinuxPlatform(int argc, char** argv, const Log& log) {
   set.files = makeFileSystem(toNative);
   set.metabase = makeFileMetabase([paths](std::string_view server) { return paths->metabaseFileOf(server); });
   set.profile = makeProfileFiles(toNative);
-  set.shell = makeTreeCopy(toNative, log, [](std::string_view title, std::uint64_t done, std::uint64_t found) {
-    platform().events->showProgress(title, done, found);
-  });
+  set.shell =
+      makeTreeCopy(toNative, log, [](std::string_view title, std::uint64_t done, std::uint64_t found) {
+        platform().events->showProgress(title, done, found);
+      });
   set.createNtfsControl = [toNative] { return makeAccessLists(toNative); };
   set.registry = makeRegistryFile(folder + "/Registry.reg");
 }
