@@ -50,8 +50,10 @@ class ExportFrame : public ExportTest {
   void atYieldBehind(const std::string& line, std::function<void()> step) {
     events->onYield = [this, line, step = std::move(step)](int) {
       if (!hasLogged(line)) return;
+      // The step outlives the function that holds it.
+      const std::function<void()> now = step;
       events->onYield = nullptr;
-      step();
+      now();
     };
   }
   [[nodiscard]] std::size_t storedSites() const {
