@@ -183,8 +183,9 @@ std::vector<std::string> ServerToServer::callsOf(std::initializer_list<std::stri
 void ServerToServer::atYieldBehind(const std::string& line, std::function<void()> step) {
   events->onYield = [this, line, step = std::move(step)](int) {
     if (!hasLogged(line)) return;
+    const auto click = step;  // the function that runs here is gone with the next line
     events->onYield = nullptr;
-    step();
+    click();
   };
 }
 
