@@ -18,7 +18,7 @@ class ScriptedDialogs : public Dialogs {
  public:
   Answer showMessage(const Message& message) override {
     shown.push_back(message);
-    if (onMessage) onMessage(message);
+    if (const auto step = onMessage) step(message);
     if (answers.empty()) return refusal(message.buttons);
     const Answer answer = answers.front();
     answers.pop_front();
@@ -59,7 +59,7 @@ class RecordedEvents : public Events {
  public:
   void doEvents() override {
     ++yields;
-    if (onYield) onYield(yields);
+    if (const auto step = onYield) step(yields);  // a copy: a step may take itself away
   }
   void beep() override { ++beeps; }
 
