@@ -29,6 +29,7 @@ constexpr std::size_t kTemporaryDigits = 16;
 constexpr mode_t kFileModeBits = 0777;
 constexpr off_t kMostAtOnce = off_t{1} << 30;
 constexpr std::size_t kBufferSize = std::size_t{128} * 1024;
+constexpr off_t kLarge = off_t{1} << 20;
 constexpr off_t kSmallestWithHoles = off_t{64} * 1024;
 constexpr off_t kBlockSize = 512;  // the unit of st_blocks
 
@@ -127,6 +128,8 @@ void copyData(const Descriptor& source, const Descriptor& target, off_t size) {
 }
 
 void copyContent(const Descriptor& source, const Descriptor& target, const struct stat& status) {
+  // Reads farther ahead, for a source that is not in memory yet.
+  if (status.st_size >= kLarge) ::posix_fadvise(source.get(), 0, 0, POSIX_FADV_SEQUENTIAL);
   const bool hasHoles =
       status.st_size >= kSmallestWithHoles && status.st_blocks < status.st_size / kBlockSize;
   if (hasHoles) {
