@@ -26,6 +26,7 @@ void mirrorOutputList() {
 int endWithoutWindow() {
   if (!anyFormLoaded()) return 0;
   if (!run.bRunBackup) {
+    unloadForm(frmMain);
     std::cerr << "trelvin: there is no display to open a window on, and no job was asked for (-RUNBACKUP)\n";
     return kFailed;
   }

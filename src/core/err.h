@@ -3,6 +3,7 @@
 
 #include <cstdint>
 #include <exception>
+#include <new>
 #include <string>
 #include <string_view>
 #include <utility>
@@ -126,6 +127,10 @@ bool handledBy(Handler&& handler, Body&& body) {
     std::forward<Body>(body)();
     return true;
   } catch (const Failure& failure) {
+    Err.set(failure);
+    std::forward<Handler>(handler)(failure);
+  } catch (const std::bad_alloc&) {
+    const Failure failure(error_number::kOutOfMemory);
     Err.set(failure);
     std::forward<Handler>(handler)(failure);
   }

@@ -182,7 +182,7 @@ void unloadForm(Form& form) {
   if (!form.loaded) return;
   if (&form == &frmMain) {
     frmMain_Unload();
-    return;
+    dropStores();  // also when the unload failed on its way: the form goes all the same
   }
   form.loaded = false;
   form.visible = false;

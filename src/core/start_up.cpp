@@ -84,7 +84,6 @@ void openMainWindow() {
 void loadWelcomeForm() {
   wireWelcomeForm();
   frmSplash.loaded = true;
-  frmSplash.visible = true;
   resumed(kLoadLabel, [] {
     frmSplash.lblAbout.caption = "Trelvin Utility v" + std::to_string(TRELVIN_VERSION_MAJOR) + "." +
                                  std::to_string(TRELVIN_VERSION_MINOR);
@@ -92,7 +91,10 @@ void loadWelcomeForm() {
   run.bSkipFilters = true;
   std::string commandLine;
   resumed(kLoadLabel, [&] { commandLine = platform().application->commandLine(); });
-  if (commandLine.empty()) return;
+  if (commandLine.empty()) {
+    frmSplash.visible = true;
+    return;
+  }
   parse(commandLine);
   resumed(kLoadLabel, [] { openMainWindow(); });
   resumed(kLoadLabel, [] { unloadForm(frmSplash); });

@@ -29,9 +29,8 @@ void addDirectory(const NodeHandle& child, const Value& path) {
   });
   std::string folder;
   attempt([&] { folder = behindCharacters(child->adsPath(), characterCount(site)); });
-  attempt([&] {
-    executeOnSettings(statements::addDirectoryRow(frmMain.iCurrentSite, frmMain.iRowIndex, folder, path));
-  });
+  buildAndExecuteOnSettings(
+      [&] { return statements::addDirectoryRow(frmMain.iCurrentSite, frmMain.iRowIndex, folder, path); });
   ++frmMain.iRowIndex;
   if (Err.isSet()) attempt([] { debugLog("POP Err " + errTextWithDash()); });
   attempt([&] { frmMain.lstFilesToCopy(0).addItem(path.toText()); });
@@ -140,10 +139,11 @@ void storeBindingList(const std::string& list, AddRow addRow) {
   }
 }
 
-void readStoredBindings(const std::string& site, const char* property, AddRow addRow) {
-  openDataRows(statements::storedBindingRows(site, property));
+// The bindings in the rows that are open.
+void storeOpenBindings(const char* property, AddRow addRow) {
   frmMain.iRowIndex = 0;
   forEachRow([&](RecordSet& rows) {
+    if (rows.field("Name").toText() != property) return;
     const Value list = rows.field("ObjectValue");
     storeBindingList(list.isNull() ? "" : list.toText(), addRow);
   });
@@ -162,12 +162,14 @@ void readSiteFromDatabase(std::int16_t i) {
                                        rows.field("StringValue")));
   });
   bound(frmMain.rsData).close();
+  openDataRows(statements::storedBindingRows(site, "ServerBindings"));
   for (ControlArray<ListControl>* list :
        {&frmMain.lstNewIPs, &frmMain.lstOldIPs, &frmMain.lstNewSSLIPs, &frmMain.lstOldSSLIPs}) {
     (*list)(0).clear();
   }
-  readStoredBindings(site, "ServerBindings", statements::addBindingRow);
-  readStoredBindings(site, "SecureBindings", statements::addSslBindingRow);
+  storeOpenBindings("ServerBindings", statements::addStoredBindingRow);
+  openDataRows(statements::storedBindingRows(site, "SecureBindings"));
+  storeOpenBindings("SecureBindings", statements::addStoredSslBindingRow);
 }
 
 // A flag of abDetailsRead; fails with 9 for a line that no listing made.

@@ -100,8 +100,8 @@ NodeHandle bindImportService() {
 void forgetFormerListing() {
   attempt([] { closeFormerListing(); });
   frmMain.iSiteCount = 0;
-  attempt([] { executeOnSettings(statements::clearSettings()); });
-  attempt([] { executeOnSettings(statements::clearFilesToCopy()); });
+  buildAndExecuteOnSettings(statements::clearSettings);
+  buildAndExecuteOnSettings(statements::clearFilesToCopy);
   frmMain.abDetailsRead.assign(1, false);
 }
 
@@ -173,7 +173,8 @@ void logMarker(const char* marker) {
 
 std::string storedSiteLine(RecordSet& rows) {
   const Value moment = rows.field("DateTime");
-  std::string line = rows.field("SiteName").toText() + " ";
+  const Value name = rows.field("SiteName");
+  std::string line = (name.isNull() ? "" : name.toText()) + " ";
   if (moment.varType() != kVarDate) return line + moment.toText();
   return line + platform().clock->shortDate(moment.date()) + " " + platform().clock->shortTime(moment.date());
 }

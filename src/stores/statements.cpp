@@ -33,10 +33,22 @@ void openDataRows(std::string sql) {
   bound(frmMain.rsData).open(prepared(std::move(sql)), bound(frmMain.DBData), kStaticCursor);
 }
 
-void buildAndExecuteOnData(const std::function<std::string()>& build) {
+namespace {
+
+void buildAndExecute(const std::unique_ptr<Connection>& database, const std::function<std::string()>& build) {
   attempt([&] { frmMain.sSql = build(); });
   attempt([] { debugLog(frmMain.sSql); });
-  attempt([] { bound(frmMain.DBData).execute(frmMain.sSql); });
+  attempt([&] { bound(database).execute(frmMain.sSql); });
+}
+
+}  // namespace
+
+void buildAndExecuteOnData(const std::function<std::string()>& build) {
+  buildAndExecute(frmMain.DBData, build);
+}
+
+void buildAndExecuteOnSettings(const std::function<std::string()>& build) {
+  buildAndExecute(frmMain.DBSettings, build);
 }
 
 namespace statements {
@@ -92,6 +104,14 @@ std::string addBindingRow(std::int16_t site, std::int32_t row, const Value& bind
 
 std::string addSslBindingRow(std::int16_t site, std::int32_t row, const Value& binding) {
   return addRow("OldSSLIP, NewSSLIP", site, row, binding, binding, "')");
+}
+
+std::string addStoredBindingRow(std::int16_t site, std::int32_t row, const Value& binding) {
+  return addBindingRow(site, row, binding) + " ";
+}
+
+std::string addStoredSslBindingRow(std::int16_t site, std::int32_t row, const Value& binding) {
+  return addSslBindingRow(site, row, binding) + " ";
 }
 
 std::string addFileToCopy(std::int16_t site, std::int32_t number, const Value& file,

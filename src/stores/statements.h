@@ -21,6 +21,7 @@ void openDataRows(std::string sql);
 // For routines that ignore failures: building and running are statements of their own there. When the
 // building fails, the former text is still in sSql and runs again.
 void buildAndExecuteOnData(const std::function<std::string()>& build);
+void buildAndExecuteOnSettings(const std::function<std::string()>& build);
 
 namespace statements {
 
@@ -39,6 +40,9 @@ std::string sslBindingRows(std::int16_t site);
 std::string addDirectoryRow(std::int16_t site, std::int32_t row, const Value& folder, const Value& directory);
 std::string addBindingRow(std::int16_t site, std::int32_t row, const Value& binding);
 std::string addSslBindingRow(std::int16_t site, std::int32_t row, const Value& binding);
+// The same out of a stored site; these end in a blank.
+std::string addStoredBindingRow(std::int16_t site, std::int32_t row, const Value& binding);
+std::string addStoredSslBindingRow(std::int16_t site, std::int32_t row, const Value& binding);
 std::string addFileToCopy(std::int16_t site, std::int32_t number, const Value& file,
                           const std::string& copyFlag);
 

@@ -187,8 +187,11 @@ void cmdExportServer_Click() {
   handled("frmMain_cmdExportServer_Click Error ", [] {
     frmMain.optExportServer.setValue(true);
     frmMain.optExportFile.setValue(false);
+    // Read before the run, which lets a person change the choice meanwhile.
+    const bool isDatabase = frmMain.sImportType == "Database";
     if (frmMain.sImportType == "Server") exportToServerFromServer();
-    if (frmMain.sImportType == "Database") {
+    if (isDatabase) {
+      if (acceptAbortClick(frmMain.cmdExportServer)) return;
       // This direction is not part of this version yet; nothing may look as if it were.
       tellUserAndLog(
           "Exporting from a database to a server is not available in this version. Nothing was exported.");

@@ -153,8 +153,14 @@ void ToDatabaseRun::storeProperty(std::int32_t index) {
   attempt([&] { debugLog("Propname = " + name_); });
   // The second argument is a variable that is never given a value: every path that holds the property,
   // whether it is inheritable or not.
-  attempt([&] { paths_ = bound(objSite_).getDataPaths(name_, Value()); });
+  const bool hasPaths = attempt([&] { paths_ = bound(objSite_).getDataPaths(name_, Value()); });
+  // The list still has the names of sites of other servers; one that this server doesn't know is on no path.
+  const bool isUnknown = !hasPaths && Err.number == error_number::kAdsPropertyNotSupported;
   attempt([] { debugLogIfErr("After Pathlist"); });
+  if (isUnknown) {
+    paths_.clear();
+    Err.clear();
+  }
   for (const std::string& path : std::vector<std::string>(paths_)) {
     if (!storePath(index, path)) {
       attempt([&] { reportProgress(name_ + " cannot be stored in database"); });

@@ -135,9 +135,8 @@ End ServerToServerRun::exportSelection() {
 }
 
 void ServerToServerRun::beginSite(std::int32_t index) {
-  const std::string& source = frmMain.lstSiteIndexes.list(index);
   if (frmMain.optOverwritePreserve.value()) {
-    attempt([&] { iSiteNumber_ = integerOf(siteNumberFromPath(source)); });
+    attempt([&] { iSiteNumber_ = integerOf(siteNumberFromPath(frmMain.lstSiteIndexes.list(index))); });
     attempt([&] { debugLog("Existing W3SVCNum = " + std::to_string(iSiteNumber_)); });
   }
   frmMain.lstPropsToExport.clear();
@@ -149,7 +148,7 @@ void ServerToServerRun::beginSite(std::int32_t index) {
   Err.clear();
   attempt([&] { addOutput(frmMain.lstSites.list(index)); });
   loadSiteLists(frmMain.iCurrentSite);
-  attempt([&] { oSite_ = getObject(source); });
+  attempt([&] { oSite_ = getObject(frmMain.lstSiteIndexes.list(index)); });
   debugFailure("Failed to connect to the web site");
   testForCorruptMetabase(oSite_, bindingCounter_);
 }
@@ -217,9 +216,10 @@ void ServerToServerRun::copyPermissions(const std::string& source, const std::st
   run.bCancelPerms = false;
   run.lPermsSet = 0;
   frmMain.syncPermTimer.enabled = true;
-  attempt([&] {
-    synchPermissions(frmMain, source, target, frmMain.txtImportServer.text, frmMain.txtExportServer.text);
-  });
+  // Taken now: the walk lets a person type into the boxes.
+  const std::string oldName = frmMain.txtImportServer.text;
+  const std::string newName = frmMain.txtExportServer.text;
+  attempt([&] { synchPermissions(frmMain, source, target, oldName, newName); });
   frmMain.syncPermTimer.enabled = false;
 }
 
@@ -229,7 +229,7 @@ void ServerToServerRun::copyConfiguration(std::int32_t index) {
   buildStructure(index);
   transferProperties(index);
   transferBindings();
-  stampSite(iSiteNumber_);
+  stampSite(oTarget_, iSiteNumber_);
 }
 
 void ServerToServerRun::replaceSite() {

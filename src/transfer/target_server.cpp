@@ -76,18 +76,17 @@ void putBindings(const NodeHandle& target, const ListControl& list, const char* 
   attempt([&] { bound(target).setInfo(); });
 }
 
-void stampSite(std::int16_t siteNumber) {
-  NodeHandle root;
-  attempt([&] { root = getObject(targetSitePath(siteNumber) + "/ROOT"); });
+void stampSite(NodeHandle& target, std::int16_t siteNumber) {
+  attempt([&] { target = getObject(targetSitePath(siteNumber) + "/ROOT"); });
   Value headers;
-  if (!attempt([&] { headers = bound(root).get("HttpCustomHeaders"); })) return;
+  if (!attempt([&] { headers = bound(target).get("HttpCustomHeaders"); })) return;
   // No look-out for a stamp that is there already: a site that was moved twice carries two.
   attempt([&] {
     Value::List stamped = headers.list();
     stamped.emplace_back(stamp());
-    bound(root).put("HttpCustomHeaders", stamped);
+    bound(target).put("HttpCustomHeaders", stamped);
   });
-  attempt([&] { bound(root).setInfo(); });
+  attempt([&] { bound(target).setInfo(); });
 }
 
 void startSite(std::int16_t siteNumber) {

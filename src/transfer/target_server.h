@@ -30,9 +30,9 @@ std::int16_t firstSiteNumber(const NodeHandle& service);
 // Writes the new bindings of a list to a node; the counter is left as a loop leaves it.
 void putBindings(const NodeHandle& target, const ListControl& list, const char* property, Value& counter);
 
-// Appends the marker header to the site's root. A root without custom headers, as FTP sites have it, gets
-// none.
-void stampSite(std::int16_t siteNumber);
+// Binds the site's root into the handle and appends the marker header to it. A root without custom headers,
+// as FTP sites have it, gets none.
+void stampSite(NodeHandle& target, std::int16_t siteNumber);
 
 // With bStartWebs: starts the site, whatever it is.
 void startSite(std::int16_t siteNumber);

@@ -1,5 +1,6 @@
 #include "transfer/value_rewriting.h"
 
+#include "core/err.h"
 #include "core/reporting.h"
 #include "core/run_state.h"
 #include "core/text.h"
@@ -42,7 +43,7 @@ std::string rewrittenBindings(const ListControl& list, Value& counter) {
   const std::int32_t count = list.listCount();
   for (std::int32_t i = 0; i < count; ++i) {
     counter = i;
-    text += applyFindReplace(list.list(i)) + "\r\n";
+    attempt([&] { text += applyFindReplace(list.list(i)) + "\r\n"; });
   }
   counter = count;
   return text;

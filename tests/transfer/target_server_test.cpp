@@ -345,14 +345,16 @@ TEST_F(TargetServer, KeepsTheFailureOfAMarkInTheErrorState) {
   openTarget(plainSite(1, "Old"));
   metabase->failOn("Get", "NEW1/W3SVC/1/ROOT", "HttpCustomHeaders", error_number::kAccessDenied);
   Err.clear();
-  stampSite(1);
+  NodeHandle target;
+  stampSite(target, 1);
   EXPECT_EQ(Err.number, error_number::kAccessDenied);
 }
 
 TEST_F(TargetServer, MarksNothingWhenTheSiteHasNoRoot) {
   openTarget(webSite(1, "Rootless"));
   Err.clear();
-  stampSite(1);
+  NodeHandle target;
+  stampSite(target, 1);
   EXPECT_EQ(stored("/W3SVC/1", "HttpCustomHeaders"), kUnset);
   EXPECT_TRUE(Err.isSet());
 }
