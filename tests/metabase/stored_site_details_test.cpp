@@ -215,9 +215,10 @@ TEST_F(StoredSiteDetailsTest, DebugLinesShowTheStatementsInTheirOrder) {
   EXPECT_EQ(
       Texts(lines.begin() + static_cast<std::ptrdiff_t>(before), lines.end()),
       (Texts{statements::pathRows("1"), statements::addDirectoryRow(0, 0, "/ROOT", "d:\\one"),
-             statements::storedBindingRows("1", "ServerBindings"), statements::addBindingRow(0, 0, ":80:"),
-             statements::addBindingRow(0, 1, ":81:"), statements::storedBindingRows("1", "SecureBindings"),
-             statements::addSslBindingRow(0, 0, ":443:"), statements::directoryRows(0),
+             statements::storedBindingRows("1", "ServerBindings"),
+             statements::addStoredBindingRow(0, 0, ":80:"), statements::addStoredBindingRow(0, 1, ":81:"),
+             statements::storedBindingRows("1", "SecureBindings"),
+             statements::addStoredSslBindingRow(0, 0, ":443:"), statements::directoryRows(0),
              statements::bindingRows(0), statements::sslBindingRows(0)}));
 }
 
