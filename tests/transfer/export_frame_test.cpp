@@ -952,6 +952,14 @@ TEST_F(DirectoryDump, ReportsItsFailuresOnceAndForgetsThem) {
                           " - " + describeError(error_number::kNoSuchTable)));
 }
 
+TEST_F(DirectoryDump, ReportsNoErrorFromBeforeTheRun) {
+  openDebug();
+  select({0, 1});
+  Err.set(Failure(error_number::kOverflow));
+  exportToDatabase();
+  EXPECT_THAT(logStartingWith("Error enuming"), IsEmpty());
+}
+
 TEST_F(DirectoryDump, StaysAwayWithoutDebug) {
   open();
   select({0, 1});

@@ -637,6 +637,27 @@ TEST_F(ToDatabase, ReportsAProgressBeyondItsMaximumWithTheSecureBindingsAlone) {
       ElementsAre("Saving SSL IPs...", "Error setting SSL IP'sError 380" + describeError(380), "Completed"));
 }
 
+TEST_F(ToDatabase, BringsTheLastLineIntoViewBehindPropertiesAndBindings) {
+  open({{"ServerBindings", ":80:"}, {"SecureBindings", ":443:"}});
+  transferOnly({"ServerComment"});
+  std::vector<std::string> steps;
+  databases.rule = [&](const DatabaseCall& call) -> std::optional<std::int32_t> {
+    for (const char* name : {"ServerComment", "ServerBindings", "SecureBindings"}) {
+      if (call.operation == "Execute" && call.text.find(std::string("'") + name + "'") != std::string::npos) {
+        steps.emplace_back(name);
+      }
+    }
+    return std::nullopt;
+  };
+  frmMain.lstOutput.onRefresh = [&] {
+    if (!steps.empty()) steps.push_back(frmMain.lstOutput.text());
+  };
+  exportToDatabase();
+  healed();
+  EXPECT_THAT(steps, ElementsAre("ServerComment", "Transferring properties...", "ServerBindings",
+                                 "SecureBindings", "Storing New SSL IP addresses", "Done!"));
+}
+
 // Progress.
 
 TEST_F(ToDatabase, MovesTheBarThroughTheNames) {
