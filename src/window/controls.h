@@ -14,6 +14,14 @@
 namespace trelvin {
 
 using Event = std::function<void()>;
+using KeyEvent = std::function<void(std::int32_t key)>;
+
+// The keys that take an entry out of a list: Backspace comes as a character with the key press, Delete, which
+// types none, as a key that is let go.
+namespace key {
+constexpr std::int32_t kBackspace = 8;
+constexpr std::int32_t kDelete = 46;
+}  // namespace key
 
 class Form;
 
@@ -149,6 +157,8 @@ class ListControl : public Control {
 
   Event onClick;
   Event onDblClick;
+  KeyEvent onKeyPress;                                // with the character's code
+  KeyEvent onKeyUp;                                   // with the key's code
   std::function<void(const std::string&)> onAddItem;  // a view or a mirror that wants to see entries come
   Event onRefresh;
 
@@ -169,7 +179,9 @@ class ListControl : public Control {
 template <typename Member>
 class ControlArray {
  public:
-  ControlArray(Form& form, const std::string& name) : member_(form, name) {}
+  template <typename... Settings>
+  ControlArray(Form& form, const std::string& name, const Settings&... settings)
+      : member_(form, name, settings...) {}
   [[nodiscard]] static std::int32_t count() { return 1; }
   // Fails with 340 for a member that doesn't exist.
   Member& operator()(std::int32_t index);

@@ -4,6 +4,7 @@ namespace trelvin {
 
 namespace {
 
+// The lists that lose entries by a key take a selection of several, as the list of sites does.
 constexpr auto kMultiple = ListControl::Selection::kMultiple;
 constexpr auto kSingle = ListControl::Selection::kSingle;
 
@@ -80,20 +81,20 @@ FrmMain::FrmMain()
       fraOldIPs(*this, "fraOldIPs", "Old IP Addresses"),
       lstOldIPs(*this, "lstOldIPs"),
       fraNewIPs(*this, "fraNewIPs", "New IP Addresses"),
-      lstNewIPs(*this, "lstNewIPs"),
+      lstNewIPs(*this, "lstNewIPs", kMultiple),
       cmdAddIP(*this, "cmdAddIP", "Add"),
       fraOldSSLIPs(*this, "fraOldSSLIPs", "Old SSL IP Addresses"),
       lstOldSSLIPs(*this, "lstOldSSLIPs"),
       fraNewSSLIPs(*this, "fraNewSSLIPs", "New SSL IP Addresses"),
-      lstNewSSLIPs(*this, "lstNewSSLIPs"),
+      lstNewSSLIPs(*this, "lstNewSSLIPs", kMultiple),
       cmdAddSSLIP(*this, "cmdAddSSLIP", "Add"),
       fraOldxValues(*this, "fraOldxValues", "Old Values"),
-      lstOldValues(*this, "lstOldValues"),
+      lstOldValues(*this, "lstOldValues", kMultiple),
       fraNewxValues(*this, "fraNewxValues", "New Values"),
-      lstNewValues(*this, "lstNewValues"),
+      lstNewValues(*this, "lstNewValues", kMultiple),
       cmdAddNewValue(*this, "cmdAddNewValue", "Add"),
       fraExclude(*this, "fraExclude", "Properties to Exclude"),
-      lstExclude(*this, "lstExclude"),
+      lstExclude(*this, "lstExclude", kMultiple),
       lblAddExclusion(*this, "lblAddExclusion", "Additional Exclusions"),
       txtAddExclusion(*this, "txtAddExclusion", "", "Type in parameters to exclude and press add"),
       cmdAddExclusion(*this, "cmdAddExclusion", "Add", "Press this button to add your own exclusions"),
