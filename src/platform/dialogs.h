@@ -1,8 +1,11 @@
 // What is asked of a person. A run without a window is answered by refusal and never waits.
 #pragma once
 
+#include <cstdint>
+#include <optional>
 #include <string>
 #include <string_view>
+#include <vector>
 
 namespace trelvin {
 
@@ -17,6 +20,27 @@ struct Message {
   Icon icon = Icon::kNone;
 };
 
+// What a file chooser shows, after the platform's open-file record.
+struct FileChoice {
+  struct Filter {
+    std::string caption;
+    std::string pattern;
+  };
+  std::string title;
+  std::vector<Filter> filters;
+  std::int32_t filterIndex = 1;    // the filter in force at first, counted from 1
+  std::string path;                // where it starts, in the program's own form; the file need not be there
+  std::string defaultExtension{};  // without a dot; goes behind a name that is typed without one
+  std::uint32_t flags = 0;
+};
+// The platform's flags of a chooser.
+namespace chooser_flag {
+inline constexpr std::uint32_t kOverwritePrompt = 0x2;  // only a chooser for saving asks
+inline constexpr std::uint32_t kHideReadOnly = 0x4;     // no box that says "Open as read-only"
+inline constexpr std::uint32_t kExplorer = 0x80000;
+inline constexpr std::uint32_t kLongNames = 0x200000;
+}  // namespace chooser_flag
+
 class Dialogs {
  public:
   Dialogs() = default;
@@ -29,6 +53,10 @@ class Dialogs {
   // The text typed in; empty for Cancel.
   virtual std::string inputBox(std::string_view title, std::string_view prompt,
                                std::string_view defaultText) = 0;
+  // The path of one file in the program's own form, as far as its first NUL; nothing for Cancel. Neither
+  // makes or changes a file, and a file to open need not be there.
+  virtual std::optional<std::string> chooseFileToSave(const FileChoice& choice) = 0;
+  virtual std::optional<std::string> chooseFileToOpen(const FileChoice& choice) = 0;
 };
 
 }  // namespace trelvin

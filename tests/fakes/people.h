@@ -3,6 +3,7 @@
 
 #include <deque>
 #include <functional>
+#include <optional>
 #include <stdexcept>
 #include <string>
 #include <vector>
@@ -33,13 +34,30 @@ class ScriptedDialogs : public Dialogs {
     return text;
   }
 
+  std::optional<std::string> chooseFileToSave(const FileChoice& choice) override {
+    return choose(savesOffered, choice);
+  }
+  std::optional<std::string> chooseFileToOpen(const FileChoice& choice) override {
+    return choose(opensOffered, choice);
+  }
+
   std::deque<Answer> answers;
   std::deque<std::string> inputs;
+  std::deque<std::string> files;  // what is chosen in file choosers; none is Cancel
   std::vector<Message> shown;
   std::vector<std::string> asked;
+  std::vector<FileChoice> savesOffered;
+  std::vector<FileChoice> opensOffered;
   std::function<void(const Message&)> onMessage;
 
  private:
+  std::optional<std::string> choose(std::vector<FileChoice>& offered, const FileChoice& choice) {
+    offered.push_back(choice);
+    if (files.empty()) return std::nullopt;
+    std::string file = files.front();
+    files.pop_front();
+    return file;
+  }
   static Answer refusal(Buttons buttons) {
     switch (buttons) {
       case Buttons::kOk:

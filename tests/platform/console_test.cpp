@@ -55,6 +55,15 @@ TEST_F(ConsoleDialogsTest, AnInputBoxGivesTheEmptyTextAndNotItsDefault) {
       << "a stored setting is nobody else's business";
 }
 
+TEST_F(ConsoleDialogsTest, AFileChooserGivesNoFile) {
+  const FileChoice choice{.title = "Save Backup Job", .filters = {}, .path = "C:\\Trelvin\\Backup.job"};
+  EXPECT_EQ(dialogs_->chooseFileToSave(choice), std::nullopt);
+  EXPECT_EQ(stream_.str(),
+            "Save Backup Job: C:\\Trelvin\\Backup.job\n"
+            "Trelvin: answered with Cancel, since there is no window to ask in.\n");
+  EXPECT_EQ(dialogs_->chooseFileToOpen(choice), std::nullopt);
+}
+
 TEST_F(ConsoleDialogsTest, AStreamThatTakesNothingStopsNothing) {
   stream_.setstate(std::ios::badbit);
   EXPECT_EQ(answerTo(Buttons::kYesNo), Answer::kNo);

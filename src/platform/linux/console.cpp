@@ -44,7 +44,15 @@ class ConsoleDialogs final : public Dialogs {
     return {};
   }
 
+  std::optional<std::string> chooseFileToSave(const FileChoice& choice) override { return refused(choice); }
+  std::optional<std::string> chooseFileToOpen(const FileChoice& choice) override { return refused(choice); }
+
  private:
+  std::optional<std::string> refused(const FileChoice& choice) {
+    ask(choice.title, choice.path, "Cancel");
+    return std::nullopt;
+  }
+
   void ask(std::string_view title, std::string_view text, std::string_view answer) {
     stream_ << (title.empty() ? kProgramName : title) << ": " << text << '\n';
     stream_ << kProgramName << ": answered with " << answer << ", since there is no window to ask in."

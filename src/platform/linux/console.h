@@ -10,8 +10,8 @@
 namespace trelvin {
 
 // Nobody can be asked: every message goes to the stream and is answered at once by refusal (OK where there is
-// nothing else, else Cancel, No or Abort), and the stream says so. An input box gives the empty text, as
-// Cancel does. The stream must outlive the dialogs.
+// nothing else, else Cancel, No or Abort), and the stream says so. An input box gives the empty text and a
+// file chooser no file, as Cancel does. The stream must outlive the dialogs.
 std::unique_ptr<Dialogs> makeConsoleDialogs(std::ostream& stream);
 
 // Nothing waits and nobody listens.
