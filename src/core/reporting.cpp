@@ -53,6 +53,7 @@ void reportProgress(const std::string& line) {
 
 void setStatus(const std::string& text) {
   frmMain.StatusBar1.panel = text;
+  frmMain.StatusBar1.refresh();
 }
 
 std::string errText() {

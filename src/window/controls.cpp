@@ -63,6 +63,7 @@ const std::string& ListControl::list(std::int32_t index) const {
 void ListControl::setList(std::int32_t index, std::string text) {
   if (!has(index)) throw Failure(error_number::kInvalidPropertyArrayIndex);
   entries_[static_cast<std::size_t>(index)].text = std::move(text);
+  noteRewrite();
 }
 
 void ListControl::addItem(std::string text) {
@@ -73,6 +74,8 @@ void ListControl::addItem(std::string text) {
         [](const std::string& added, const Entry& entry) { return sortsBefore(added, entry.text); });
   }
   if (place - entries_.begin() <= listIndex_) ++listIndex_;
+  ++revision_;
+  if (place != entries_.end()) ++rewrites_;
   place = entries_.insert(place, Entry{std::move(text), false});
   if (onAddItem) onAddItem(place->text);
 }
@@ -87,25 +90,32 @@ void ListControl::removeItem(std::int32_t index) {
   } else if (listIndex_ > index) {
     --listIndex_;
   }
+  noteRewrite();
 }
 
 void ListControl::clear() {
   entries_.clear();
   listIndex_ = -1;
   selCount_ = 0;
+  noteRewrite();
 }
 
 void ListControl::refresh() {
   run(onRefresh);
 }
 
+void StatusBar::refresh() {
+  run(onRefresh);
+}
+
 void ListControl::setListIndex(std::int32_t index) {
   if (index < -1 || index >= listCount()) throw Failure(error_number::kInvalidPropertyValue);
-  if (selection_ == Selection::kMultiple) {
+  if (index == listIndex_) return;
+  ++revision_;
+  if (isMultiple()) {
     listIndex_ = index;
     return;
   }
-  if (index == listIndex_) return;
   if (has(listIndex_)) entries_[static_cast<std::size_t>(listIndex_)].selected = false;
   listIndex_ = index;
   selCount_ = index < 0 ? 0 : 1;
@@ -120,7 +130,7 @@ bool ListControl::selected(std::int32_t index) const {
 
 void ListControl::setSelected(std::int32_t index, bool isSelected) {
   if (!has(index)) throw Failure(error_number::kInvalidPropertyArrayIndex);
-  if (selection_ == Selection::kSingle) {
+  if (!isMultiple()) {
     if (isSelected || index == listIndex_) setListIndex(isSelected ? index : -1);
     return;
   }
@@ -129,7 +139,41 @@ void ListControl::setSelected(std::int32_t index, bool isSelected) {
   entry.selected = isSelected;
   selCount_ += isSelected ? 1 : -1;
   listIndex_ = index;
+  ++revision_;
   run(onClick);
+}
+
+void ListControl::noteRewrite() {
+  ++revision_;
+  ++rewrites_;
+}
+
+// Returns whether that changed anything.
+bool ListControl::select(const std::vector<std::int32_t>& chosen) {
+  std::vector<bool> wanted(entries_.size());
+  for (const std::int32_t index : chosen) {
+    if (has(index)) wanted[static_cast<std::size_t>(index)] = true;
+  }
+  bool changed = false;
+  for (std::size_t i = 0; i < entries_.size(); ++i) {
+    if (entries_[i].selected == wanted[i]) continue;
+    entries_[i].selected = wanted[i];
+    selCount_ += wanted[i] ? 1 : -1;
+    changed = true;
+  }
+  return changed;
+}
+
+void ListControl::choose(const std::vector<std::int32_t>& chosen, std::int32_t inHand) {
+  if (!isMultiple()) {
+    if (has(inHand)) setListIndex(inHand);
+    return;
+  }
+  const bool changed = select(chosen);
+  const std::int32_t former = std::exchange(listIndex_, has(inHand) ? inHand : -1);
+  if (!changed && former == listIndex_) return;
+  ++revision_;
+  if (changed) run(onClick);
 }
 
 const std::string& ListControl::text() const {

@@ -152,6 +152,11 @@ class ListControl : public Control {
   // one in hand.
   void setSelected(std::int32_t index, bool isSelected);
   [[nodiscard]] std::int32_t selCount() const { return selCount_; }
+  // What a person's touch does: just these entries are selected and that one is in hand, and the click runs
+  // once if that changed anything. Entries that aren't there are passed over; a single selection takes the
+  // one in hand.
+  void choose(const std::vector<std::int32_t>& chosen, std::int32_t inHand);
+  [[nodiscard]] bool isMultiple() const { return selection_ == Selection::kMultiple; }
   // The entry in hand of a drop-down; empty when there is none.
   [[nodiscard]] const std::string& text() const;
 
@@ -162,17 +167,26 @@ class ListControl : public Control {
   std::function<void(const std::string&)> onAddItem;  // a view or a mirror that wants to see entries come
   Event onRefresh;
 
+  // Tells a view whether what it has drawn still stands: the first number grows with every change of entries
+  // or selection, the second only when entries change that were there before, not when one is put at the end.
+  [[nodiscard]] std::uint64_t revision() const { return revision_; }
+  [[nodiscard]] std::uint64_t rewrites() const { return rewrites_; }
+
  private:
   struct Entry {
     std::string text;
     bool selected = false;
   };
   [[nodiscard]] bool has(std::int32_t index) const { return index >= 0 && index < listCount(); }
+  void noteRewrite();
+  bool select(const std::vector<std::int32_t>& chosen);
 
   Selection selection_;
   std::vector<Entry> entries_;
   std::int32_t listIndex_ = -1;
   std::int32_t selCount_ = 0;
+  std::uint64_t revision_ = 0;
+  std::uint64_t rewrites_ = 0;
 };
 
 // A control array; its members are counted from 0. The per-site lists have the one member 0.
@@ -221,6 +235,9 @@ class StatusBar : public Control {
  public:
   using Control::Control;
   std::string panel;  // the first panel, the only one in use
+  // Shows what has changed; the state is the same before and after.
+  void refresh();
+  Event onRefresh;
 };
 
 // Fails with 380 for a maximum that is not above 0, and for a value outside of 0 to the maximum.

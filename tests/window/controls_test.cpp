@@ -2,6 +2,8 @@
 
 #include <gtest/gtest.h>
 
+#include <utility>
+
 #include "core/err.h"
 #include "fakes/failures.h"
 
@@ -136,6 +138,86 @@ TEST_F(ListControlTest, ShowsEntriesToAMirrorAsTheyCome) {
   list_.onAddItem = [&](const std::string& entry) { seen.push_back(entry); };
   fill(list_, {"a", "b"});
   EXPECT_EQ(seen, (std::vector<std::string>{"a", "b"}));
+}
+
+TEST_F(ListControlTest, APersonsChoiceOfSeveralEntriesClicksOnce) {
+  fill(multiple_, {"a", "b", "c", "d"});
+  multiple_.setSelected(0, true);
+  clicks_ = 0;
+  std::int32_t seenByTheClick = -1;
+  multiple_.onClick = [&] {
+    ++clicks_;
+    seenByTheClick = multiple_.selCount();
+  };
+  multiple_.choose({1, 2, 3}, 2);
+  EXPECT_EQ(clicks_, 1);
+  EXPECT_EQ(seenByTheClick, 3);
+  EXPECT_FALSE(multiple_.selected(0));
+  EXPECT_TRUE(multiple_.selected(1) && multiple_.selected(2) && multiple_.selected(3));
+  EXPECT_EQ(multiple_.listIndex(), 2);
+  multiple_.choose({3, 2, 1}, 2);
+  EXPECT_EQ(clicks_, 1) << "nothing has changed";
+}
+
+TEST_F(ListControlTest, APersonsChoicePassesOverEntriesThatHaveGone) {
+  fill(multiple_, {"a"});
+  multiple_.choose({-1, 0, 7}, 7);
+  EXPECT_EQ(multiple_.selCount(), 1);
+  EXPECT_EQ(multiple_.listIndex(), -1);
+  fill(list_, {"a"});
+  list_.choose({7}, 7);
+  EXPECT_EQ(list_.listIndex(), -1);
+  list_.choose({0}, 0);
+  EXPECT_EQ(list_.listIndex(), 0);
+  EXPECT_EQ(clicks_, 2);
+}
+
+TEST_F(ListControlTest, TellsAViewWhatHasChangedSinceItDrew) {
+  std::uint64_t revision = multiple_.revision();
+  const auto changed = [&] { return std::exchange(revision, multiple_.revision()) != multiple_.revision(); };
+  const std::uint64_t rewrites = multiple_.rewrites();
+  EXPECT_FALSE(changed());
+  fill(multiple_, {"a", "b", "c"});
+  EXPECT_TRUE(changed());
+  multiple_.setSelected(1, true);
+  EXPECT_TRUE(changed());
+  multiple_.setListIndex(2);
+  EXPECT_TRUE(changed());
+  multiple_.choose({0}, 0);
+  EXPECT_TRUE(changed());
+  multiple_.choose({0}, 0);
+  multiple_.setSelected(0, true);
+  multiple_.setListIndex(0);
+  EXPECT_FALSE(changed()) << "nothing was changed by these";
+  EXPECT_EQ(multiple_.rewrites(), rewrites) << "the entries that were there are still the same";
+}
+
+TEST_F(ListControlTest, TellsAViewWhenEntriesChangeThatWereThereBefore) {
+  fill(list_, {"b", "c", "d"});
+  std::uint64_t rewrites = list_.rewrites();
+  const auto rewritten = [&] { return std::exchange(rewrites, list_.rewrites()) != list_.rewrites(); };
+  list_.addItem("e");
+  EXPECT_FALSE(rewritten());
+  list_.setList(0, "x");
+  EXPECT_TRUE(rewritten());
+  list_.removeItem(0);
+  EXPECT_TRUE(rewritten());
+  list_.sorted = true;
+  list_.addItem("a");
+  EXPECT_TRUE(rewritten()) << "it went before the others";
+  list_.clear();
+  EXPECT_TRUE(rewritten());
+}
+
+TEST(StatusBarTest, ShowsItsPanelWhenItIsRefreshed) {
+  Form form;
+  StatusBar bar(form, "StatusBar1");
+  bar.refresh();
+  std::string shown;
+  bar.onRefresh = [&] { shown = bar.panel; };
+  bar.panel = "Ready";
+  bar.refresh();
+  EXPECT_EQ(shown, "Ready");
 }
 
 TEST(ControlArrayTest, HasTheOneMemberNought) {
