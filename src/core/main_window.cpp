@@ -12,6 +12,7 @@
 #include "platform/platform.h"
 #include "stores/connections.h"
 #include "stores/statements.h"
+#include "window/frm_database_select.h"
 #include "window/frm_main.h"
 #include "window/frm_perm_progress.h"
 #include "window/frm_splash.h"
@@ -111,8 +112,8 @@ void placeControls() {
   frmMain.NTFSCtl2.object = platform().createNtfsControl();
 }
 
-std::array<Form*, 3> allForms() {
-  return {&frmSplash, &frmMain, &frmPermProgress};
+std::array<Form*, 4> allForms() {
+  return {&frmSplash, &frmMain, &frmPermProgress, &frmDatabaseSelect};
 }
 
 // The connections die with the form.

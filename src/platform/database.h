@@ -4,6 +4,7 @@
 #include <memory>
 #include <string>
 #include <string_view>
+#include <vector>
 
 #include "core/value.h"
 
@@ -65,6 +66,10 @@ class Databases {
 
   virtual std::unique_ptr<Connection> createConnection() = 0;
   virtual std::unique_ptr<RecordSet> createRecordSet() = 0;
+
+  // Names of the data sources that the driver manager knows for the whole machine, in its order; those of
+  // single users are left out. None when there is no driver manager.
+  virtual std::vector<std::string> systemDataSources() = 0;
 };
 
 }  // namespace trelvin

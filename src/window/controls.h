@@ -55,6 +55,8 @@ class Form {
   std::string caption;
   bool loaded = false;
   bool visible = false;
+  // Of a modal form: the one that takes no touch as long as this one is visible.
+  Form* owner = nullptr;
 
  private:
   friend class Control;

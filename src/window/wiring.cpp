@@ -6,7 +6,9 @@
 #include "core/start_up.h"
 #include "metabase/site_details.h"
 #include "metabase/site_listing.h"
+#include "stores/database_selection.h"
 #include "transfer/export_frame.h"
+#include "window/frm_database_select.h"
 #include "window/frm_main.h"
 #include "window/frm_splash.h"
 #include "window/preferences.h"
@@ -36,6 +38,7 @@ void wireMainWindow() {
   frmMain.lstOutput.onDblClick = lstOutput_DblClick;
   frmMain.cmdExportFile.onClick = cmdExportFile_Click;
   frmMain.cmdExportServer.onClick = cmdExportServer_Click;
+  frmMain.mnuDBLoc.onClick = mnuDBLoc_Click;
   frmMain.mnuExit.onClick = mnuExit_Click;
   frmMain.timExit.onTimer = timExit_Timer;
   frmMain.syncPermTimer.onTimer = syncPermTimer_Timer;
@@ -45,6 +48,10 @@ void wireMainWindow() {
 void wireWelcomeForm() {
   frmSplash.cmdContinue.onClick = cmdContinue_Click;
   frmSplash.cmdExit.onClick = cmdExit_Click;
+}
+
+void wireDatabaseSelect() {
+  frmDatabaseSelect.cmdSave.onClick = frmDatabaseSelect_cmdSave_Click;
 }
 
 }  // namespace trelvin

@@ -5,5 +5,6 @@ namespace trelvin {
 
 void wireMainWindow();
 void wireWelcomeForm();
+void wireDatabaseSelect();
 
 }  // namespace trelvin

@@ -84,6 +84,11 @@ std::unique_ptr<RecordSet> FailingDatabases::createRecordSet() {
   return std::make_unique<WatchedRecordSet>(*this, real_->createRecordSet());
 }
 
+std::vector<std::string> FailingDatabases::systemDataSources() {
+  note({"SystemDataSources", {}});
+  return real_->systemDataSources();
+}
+
 void FailingDatabases::failOn(std::string operation, std::string part, std::int32_t number) {
   rule = [=, former = rule](const DatabaseCall& call) -> std::optional<std::int32_t> {
     if (call.operation == operation && call.text.find(part) != std::string::npos) return number;

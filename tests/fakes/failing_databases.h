@@ -14,7 +14,7 @@ namespace trelvin::test {
 
 // One call. Connections: Open (with the connection string), Close, Execute (with the statement). Record sets:
 // OpenRows (with the statement), CloseRows, MoveFirst, MoveNext, MoveLast, Field (with its name). And
-// CreateConnection and CreateRecordSet.
+// CreateConnection, CreateRecordSet and SystemDataSources.
 struct DatabaseCall {
   std::string operation;
   std::string text;
@@ -29,6 +29,7 @@ class FailingDatabases : public Databases {
   explicit FailingDatabases(std::unique_ptr<Databases> real) : real_(std::move(real)) {}
   std::unique_ptr<Connection> createConnection() override;
   std::unique_ptr<RecordSet> createRecordSet() override;
+  std::vector<std::string> systemDataSources() override;
 
   // Fails every call of an operation whose text holds a part; an empty part stands for any text.
   void failOn(std::string operation, std::string part, std::int32_t number);

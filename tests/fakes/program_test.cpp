@@ -18,6 +18,7 @@
 #include "platform/platform.h"
 #include "platform/shared/odbc/odbc_databases.h"
 #include "stores/connections.h"
+#include "window/frm_database_select.h"
 #include "window/frm_main.h"
 #include "window/frm_splash.h"
 
@@ -66,6 +67,7 @@ ProgramTest::ProgramTest() : formerFolder_(fs::current_path()) {
   run = RunState{};
   renew(frmMain);
   renew(frmSplash);
+  renew(frmDatabaseSelect);
   Err.clear();
 
   const Paths paths((folder / "network").string());
@@ -93,6 +95,7 @@ ProgramTest::ProgramTest() : formerFolder_(fs::current_path()) {
 ProgramTest::~ProgramTest() {
   renew(frmMain);
   renew(frmSplash);
+  renew(frmDatabaseSelect);
   platform() = Platform{};
   run = RunState{};
   Err.clear();
