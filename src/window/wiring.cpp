@@ -4,6 +4,7 @@
 #include "core/main_window.h"
 #include "core/reporting.h"
 #include "core/start_up.h"
+#include "metabase/root_check.h"
 #include "metabase/site_details.h"
 #include "metabase/site_listing.h"
 #include "stores/database_selection.h"
@@ -40,6 +41,8 @@ void wireMainWindow() {
   frmMain.cmdExportServer.onClick = cmdExportServer_Click;
   frmMain.mnuDBLoc.onClick = mnuDBLoc_Click;
   frmMain.mnuExit.onClick = mnuExit_Click;
+  frmMain.mnuCheckMetabase.onClick = mnuCheckMetabase_Click;
+  frmMain.mnuFixMetabase.onClick = mnuFixMetabase_Click;
   frmMain.timExit.onTimer = timExit_Timer;
   frmMain.syncPermTimer.onTimer = syncPermTimer_Timer;
   frmMain.onResize = frmMain_Resize;
