@@ -23,20 +23,20 @@ ApplicationCall applicationCall() {
   return ApplicationCall::kAppCreate;
 }
 
-void createApplication(const NodeHandle& node, std::int32_t isolation, const std::string& pool,
-                       bool inProcess) {
+void createApplication(const NodeHandle& node, const Value& isolation, const Value& pool,
+                       const Value& inProcess) {
   switch (applicationCall()) {
     case ApplicationCall::kAppCreate3:
       debugLog("AppCreate3");
-      bound(node).appCreate3(isolation, pool, true);
+      bound(node).appCreate3(isolation.toLong(), pool.toText(), true);
       break;
     case ApplicationCall::kAppCreate2:
       debugLog("AppCreate2");
-      bound(node).appCreate2(isolation);
+      bound(node).appCreate2(isolation.toLong());
       break;
     case ApplicationCall::kAppCreate:
       debugLog("AppCreate");
-      bound(node).appCreate(inProcess);
+      bound(node).appCreate(inProcess.toBoolean());
       break;
   }
 }

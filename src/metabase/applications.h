@@ -1,7 +1,6 @@
 // Which application call serves two servers, by the texts of the version lists.
 #pragma once
 
-#include <cstdint>
 #include <string>
 
 #include "core/value.h"
@@ -14,9 +13,10 @@ namespace trelvin {
 enum class ApplicationCall { kAppCreate3, kAppCreate2, kAppCreate };
 ApplicationCall applicationCall();
 
-// Makes the node an application root by that call. A failure goes to the caller.
-void createApplication(const NodeHandle& node, std::int32_t isolation, const std::string& pool,
-                       bool inProcess);
+// Makes the node an application root by that call, from the values that it wants: a value that another call
+// would want may be anything. A failure, that of a conversion too, goes to the caller.
+void createApplication(const NodeHandle& node, const Value& isolation, const Value& pool,
+                       const Value& inProcess);
 
 // Whether a node of that name is taken for an application's root: its AppRoot ends in the name, in any case.
 // That is the whole test, so that a node whose name happens to end the AppRoot that it inherits counts too.

@@ -35,9 +35,13 @@ void openDataRows(std::string sql) {
 
 namespace {
 
-void buildAndExecute(const std::unique_ptr<Connection>& database, const std::function<std::string()>& build) {
+void prepare(const std::function<std::string()>& build) {
   attempt([&] { frmMain.sSql = build(); });
   attempt([] { debugLog(frmMain.sSql); });
+}
+
+void buildAndExecute(const std::unique_ptr<Connection>& database, const std::function<std::string()>& build) {
+  prepare(build);
   attempt([&] { bound(database).execute(frmMain.sSql); });
 }
 
@@ -49,6 +53,11 @@ void buildAndExecuteOnData(const std::function<std::string()>& build) {
 
 void buildAndExecuteOnSettings(const std::function<std::string()>& build) {
   buildAndExecute(frmMain.DBSettings, build);
+}
+
+void buildAndOpenDataRows(const std::function<std::string()>& build) {
+  prepare(build);
+  attempt([] { bound(frmMain.rsData).open(frmMain.sSql, bound(frmMain.DBData), kStaticCursor); });
 }
 
 namespace statements {
@@ -144,6 +153,16 @@ std::string pathRows(const std::string& storedSite) {
 std::string storedBindingRows(const std::string& storedSite, const char* property) {
   return "SELECT * FROM DATA WHERE (SiteNumber = " + storedSite + " AND (Name = '" + property + "') AND " +
          kReadableClasses + ")";
+}
+
+std::string siteNodeRows(const std::string& storedSite) {
+  return std::string("SELECT * FROM DATA WHERE Location = '' AND LocalPath IS NOT NULL AND ") +
+         kReadableClasses + " AND SiteNumber = " + storedSite;
+}
+
+std::string siteRows(const std::string& storedSite) {
+  return "SELECT * FROM DATA WHERE (SiteNumber = " + storedSite + " AND " + kReadableClasses +
+         ") ORDER BY Location, LocalPath DESC, ID ";
 }
 
 std::string quotedLiteral(const Value& text) {

@@ -22,6 +22,7 @@ void openDataRows(std::string sql);
 // building fails, the former text is still in sSql and runs again.
 void buildAndExecuteOnData(const std::function<std::string()>& build);
 void buildAndExecuteOnSettings(const std::function<std::string()>& build);
+void buildAndOpenDataRows(const std::function<std::string()>& build);
 
 namespace statements {
 
@@ -54,6 +55,11 @@ std::string allSites();
 std::string sitesOfType(const Value& type);
 std::string pathRows(const std::string& storedSite);
 std::string storedBindingRows(const std::string& storedSite, const char* property);
+// The rows of the site's own node that tell its number on the server that it came from.
+std::string siteNodeRows(const std::string& storedSite);
+// All readable rows of a site: its own node first, then each node behind its parent, and of a node's rows
+// those first that say how it is made.
+std::string siteRows(const std::string& storedSite);
 
 // One value of one node. The value is SQL already: bare, or quoted by quotedLiteral. An empty column and an
 // empty value give a statement that the database refuses.

@@ -7,6 +7,7 @@
 #include "metabase/mapping_display.h"
 #include "metabase/paths.h"
 #include "platform/platform.h"
+#include "transfer/export_from_database.h"
 #include "transfer/export_to_server.h"
 #include "window/frm_main.h"
 #include "window/switching.h"
@@ -14,12 +15,6 @@
 namespace trelvin {
 
 namespace {
-
-void putButtonsBack() {
-  attempt([] { frmMain.cmdExportFile.caption = "Export"; });
-  attempt([] { frmMain.cmdExportServer.caption = "Export"; });
-  attempt([] { EnableOptions(); });
-}
 
 bool windowsFolderIsMapped() {
   const ListControl& oldValues = frmMain.lstOldValues;
@@ -93,6 +88,12 @@ void showExportWarnings() {
   const Answer answer =
       platform().dialogs->showMessage({.text = kLongWarning, .buttons = Buttons::kOkCancel});
   run.bExportCancelled = answer == Answer::kCancel;
+}
+
+void putButtonsBack() {
+  attempt([] { frmMain.cmdExportFile.caption = "Export"; });
+  attempt([] { frmMain.cmdExportServer.caption = "Export"; });
+  attempt([] { EnableOptions(); });
 }
 
 bool leaveWhenCancelled() {
@@ -190,12 +191,7 @@ void cmdExportServer_Click() {
     // Read before the run, which lets a person change the choice meanwhile.
     const bool isDatabase = frmMain.sImportType == "Database";
     if (frmMain.sImportType == "Server") exportToServerFromServer();
-    if (isDatabase) {
-      if (acceptAbortClick(frmMain.cmdExportServer)) return;
-      // This direction is not part of this version yet; nothing may look as if it were.
-      tellUserAndLog(
-          "Exporting from a database to a server is not available in this version. Nothing was exported.");
-    }
+    if (isDatabase) exportToServerFromFile();
   });
 }
 

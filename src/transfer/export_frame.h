@@ -26,6 +26,9 @@ bool anySiteSelected();
 // it was.
 void showExportWarnings();
 
+// Both buttons read "Export" again, and the settings can be changed.
+void putButtonsBack();
+
 // With the flag set: puts the buttons back and returns true, with no further word.
 bool leaveWhenCancelled();
 

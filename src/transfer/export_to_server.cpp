@@ -35,7 +35,6 @@ class ServerToServerRun {
   [[nodiscard]] std::int16_t nextNumber() const { return iSiteNumber_; }
 
  private:
-  bool connect();
   void beginSite(std::int32_t index);
   End exportSite(std::int32_t index);
 
@@ -62,7 +61,6 @@ class ServerToServerRun {
 
   std::int16_t siteCounter_ = 1;
   std::int16_t iSiteNumber_ = 0;
-  NodeHandle oService_;
   NodeHandle oSite_;    // the source site; during the existence test and the creation, the target
   NodeHandle oTarget_;  // the node that a property is written to
   NodeHandle oNewSite_;
@@ -106,19 +104,8 @@ Value rewritten(const Value& value) {
   return value;
 }
 
-// Reaches the target and chooses the first number; false when the run is to end without a word.
-bool ServerToServerRun::connect() {
-  connectToTarget(oService_);
-  if (leaveWhenCancelled()) return false;
-  Err.clear();
-  attempt(
-      [] { writeLog("Exporting from IIS" + textOf(run.dblIMIISVer) + " to IIS" + textOf(run.dblEXIISVer)); });
-  attempt([&] { iSiteNumber_ = firstSiteNumber(oService_); });
-  return true;
-}
-
 End ServerToServerRun::exportSelection() {
-  if (!connect()) return End::kSilent;
+  if (!beginAtTarget(iSiteNumber_)) return End::kSilent;
   const std::int32_t last = frmMain.lstSites.listCount() - 1;
   for (std::int32_t index = 0; index <= last; ++index) {
     attempt([] { platform().events->doEvents(); });
@@ -128,8 +115,7 @@ End ServerToServerRun::exportSelection() {
     if (run.bExportCancelled) return End::kAborted;
     const End end = exportSite(index);
     if (end != End::kNormal) return end;
-    attempt([&] { iSiteNumber_ = integerOf(iSiteNumber_ + 1.0); });
-    closeSite(siteCounter_);
+    leaveSite(iSiteNumber_, siteCounter_);
   }
   return End::kNormal;
 }
@@ -158,9 +144,6 @@ End ServerToServerRun::exportSite(std::int32_t index) {
   if (leaveWhenCancelled()) return End::kSilent;
   if (run.bCopyIIS) copyConfiguration(index);
   startSite(iSiteNumber_);
-  attempt([] { showLastLine(); });
-  attempt([] { frmMain.ProgressBar1.setMax(frmMain.lstSites.selCount()); });
-  attempt([&] { frmMain.ProgressBar1.setValue(iSiteNumber_); });
   return End::kNormal;
 }
 

@@ -5,6 +5,7 @@
 #include "core/run_state.h"
 #include "metabase/paths.h"
 #include "platform/platform.h"
+#include "transfer/export_frame.h"
 #include "transfer/value_rewriting.h"
 #include "window/frm_main.h"
 
@@ -65,6 +66,17 @@ std::int16_t firstSiteNumber(const NodeHandle& service) {
   return integerOf(iHighestSite + 1.0);
 }
 
+bool beginAtTarget(std::int16_t& siteNumber) {
+  NodeHandle service;
+  connectToTarget(service);
+  if (leaveWhenCancelled()) return false;
+  Err.clear();
+  attempt(
+      [] { writeLog("Exporting from IIS" + textOf(run.dblIMIISVer) + " to IIS" + textOf(run.dblEXIISVer)); });
+  attempt([&] { siteNumber = firstSiteNumber(service); });
+  return true;
+}
+
 void putBindings(const NodeHandle& target, const ListControl& list, const char* property, Value& counter) {
   Value::List bindings(static_cast<std::size_t>(list.listCount()));
   for (std::int32_t i = 0; i < list.listCount(); ++i) {
@@ -95,6 +107,15 @@ void startSite(std::int16_t siteNumber) {
   attempt([] { writeLog("Starting site..."); });
   attempt([&] { site = getObject(targetSitePath(siteNumber)); });
   attempt([&] { bound(site).start(); });
+}
+
+void leaveSite(std::int16_t& siteNumber, std::int16_t& siteCounter) {
+  attempt([] { showLastLine(); });
+  attempt([] { frmMain.ProgressBar1.setMax(frmMain.lstSites.selCount()); });
+  // The number, and not the count of sites: one beyond the maximum leaves the bar as it is.
+  attempt([&] { frmMain.ProgressBar1.setValue(siteNumber); });
+  attempt([&] { siteNumber = integerOf(siteNumber + 1.0); });
+  closeSite(siteCounter);
 }
 
 }  // namespace trelvin

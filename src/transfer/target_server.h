@@ -27,6 +27,10 @@ void connectToTarget(NodeHandle& service);
 // target. Fails with 6 beyond 16 bits.
 std::int16_t firstSiteNumber(const NodeHandle& service);
 
+// Reaches the target, says between which versions the run goes, and chooses the first number. False when the
+// run is over: the target can't be reached, and the buttons are back.
+bool beginAtTarget(std::int16_t& siteNumber);
+
 // Writes the new bindings of a list to a node; the counter is left as a loop leaves it.
 void putBindings(const NodeHandle& target, const ListControl& list, const char* property, Value& counter);
 
@@ -36,5 +40,8 @@ void stampSite(NodeHandle& target, std::int16_t siteNumber);
 
 // With bStartWebs: starts the site, whatever it is.
 void startSite(std::int16_t siteNumber);
+
+// The end of a site's work: progress, the next number, "Completed", one site more, a turn for events.
+void leaveSite(std::int16_t& siteNumber, std::int16_t& siteCounter);
 
 }  // namespace trelvin

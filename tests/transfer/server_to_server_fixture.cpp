@@ -155,7 +155,7 @@ std::string ServerToServer::elementAt(const std::string& file, const std::string
 }
 
 std::vector<std::string> ServerToServer::runLog() const {
-  return logBehind("Exporting to server from server");
+  return logBehind(beginningOfRun);
 }
 
 std::vector<std::string> ServerToServer::failureLines() const {

@@ -62,7 +62,8 @@ class ServerToServer : public ExportTest {
   // An element of a metabase file, from "<" to the end of its last line; empty when it isn't there.
   static std::string elementAt(const std::string& file, const std::string& location);
 
-  // Lines of the log from the start of the run on.
+  // Lines of the log from the start of the run on, which begins with this one.
+  std::string beginningOfRun = "Exporting to server from server";
   [[nodiscard]] std::vector<std::string> runLog() const;
   // Lines of the run that tell of a failure.
   [[nodiscard]] std::vector<std::string> failureLines() const;
