@@ -79,6 +79,21 @@ std::string addRow(const char* columns, std::int16_t site, std::int32_t row, con
          quoteSql(second) + end;
 }
 
+std::string addNewRow(const char* columns, std::int16_t site, const Value& binding, std::int32_t row) {
+  return std::string("INSERT INTO tmpSettings (SiteID, ") + columns + ", ListIndex) VALUES ('" +
+         std::to_string(site) + "','New','" + quoteSql(binding) + "', " + std::to_string(row) + ")";
+}
+
+// Which row of a site an edit means; the column says of which kind.
+std::string whereRow(std::int16_t site, const char* column, std::int32_t row) {
+  return " WHERE SiteID = " + std::to_string(site) + " AND (" + column +
+         " IS NOT NULL) AND ListIndex = " + std::to_string(row) + " ";
+}
+
+std::string changeRow(const char* column, const Value& newValue, const std::string& where) {
+  return std::string("UPDATE tmpSettings SET ") + column + " = '" + quoteSql(newValue) + "'" + where;
+}
+
 }  // namespace
 
 std::string excludedParameters() {
@@ -131,6 +146,34 @@ std::string addFileToCopy(std::int16_t site, std::int32_t number, const Value& f
 
 std::string filesToCopy(std::int16_t site) {
   return "SELECT * FROM tmpFilesToCopy  WHERE ListNum = " + std::to_string(site) + "  ORDER BY DirNum ";
+}
+
+std::string addNewBindingRow(std::int16_t site, const Value& binding, std::int32_t row) {
+  return addNewRow("OldIP, NewIP", site, binding, row);
+}
+
+std::string addNewSslBindingRow(std::int16_t site, const Value& binding, std::int32_t row) {
+  return addNewRow("OldSSLIP, NewSSLIP", site, binding, row);
+}
+
+std::string changeDirectory(std::int16_t site, std::int32_t row, const Value& directory) {
+  return changeRow("Directory", directory, whereRow(site, "Folder", row));
+}
+
+std::string changeBinding(std::int16_t site, std::int32_t row, const Value& binding) {
+  return changeRow("NewIP", binding, whereRow(site, "OldIP", row));
+}
+
+std::string changeSslBinding(std::int16_t site, std::int32_t row, const Value& binding) {
+  return changeRow("NewSSLIP", binding, whereRow(site, "OldSSLIP", row));
+}
+
+std::string deleteBinding(std::int16_t site, std::int32_t row) {
+  return "DELETE FROM tmpSettings" + whereRow(site, "OldIP", row);
+}
+
+std::string deleteSslBinding(std::int16_t site, std::int32_t row) {
+  return "DELETE FROM tmpSettings" + whereRow(site, "OldSSLIP", row);
 }
 
 std::string addSite(const Value& name, const Value& type) {

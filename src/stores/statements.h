@@ -49,6 +49,16 @@ std::string addFileToCopy(std::int16_t site, std::int32_t number, const Value& f
 
 std::string filesToCopy(std::int16_t site);
 
+// What an edit of the mapping lists changes: a binding that the source doesn't have, a new value, and a row
+// that goes. A row is found by its number and by its kind.
+std::string addNewBindingRow(std::int16_t site, const Value& binding, std::int32_t row);
+std::string addNewSslBindingRow(std::int16_t site, const Value& binding, std::int32_t row);
+std::string changeDirectory(std::int16_t site, std::int32_t row, const Value& directory);
+std::string changeBinding(std::int16_t site, std::int32_t row, const Value& binding);
+std::string changeSslBinding(std::int16_t site, std::int32_t row, const Value& binding);
+std::string deleteBinding(std::int16_t site, std::int32_t row);
+std::string deleteSslBinding(std::int16_t site, std::int32_t row);
+
 // Stored sites. Names of the value columns and of types are in transfer/.
 std::string addSite(const Value& name, const Value& type);
 std::string allSites();

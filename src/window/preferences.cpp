@@ -96,6 +96,13 @@ void lstEXIISVer_Click() {
   run.dblEXIISVer = versionOf(frmMain.lstEXIISVer.text());
 }
 
+void lstIMIISVer_KeyUp(std::int32_t /*keyCode*/) {
+  lstIMIISVer_Click();
+}
+void lstEXIISVer_KeyUp(std::int32_t /*keyCode*/) {
+  lstEXIISVer_Click();
+}
+
 void optExportWeb_Click() {
   handled("frmMain_optExportWeb Error ", [] {
     frmMain.sExportSiteType = "Web";

@@ -1,6 +1,8 @@
 // What a touch of the preferences, the version lists, the site kind and the tabs does.
 #pragma once
 
+#include <cstdint>
+
 namespace trelvin {
 
 void chkCopyFiles_Click();
@@ -10,9 +12,11 @@ void chkCopyIIS_Click();
 void chkRunSilent_Click();
 void chkStartWebs_Click();
 
-// Click and key-up of the version lists.
+// Click and key-up of the version lists; any key, since it may have chosen another line.
 void lstIMIISVer_Click();
 void lstEXIISVer_Click();
+void lstIMIISVer_KeyUp(std::int32_t keyCode);
+void lstEXIISVer_KeyUp(std::int32_t keyCode);
 
 void optExportWeb_Click();
 void optExportFTP_Click();

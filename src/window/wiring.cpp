@@ -12,9 +12,34 @@
 #include "window/frm_database_select.h"
 #include "window/frm_main.h"
 #include "window/frm_splash.h"
+#include "window/mapping_editing.h"
 #include "window/preferences.h"
 
 namespace trelvin {
+
+namespace {
+
+void wireMappingEditing() {
+  frmMain.cmdAddExclusion.onClick = cmdAddExclusion_Click;
+  frmMain.cmdAddNewValue.onClick = cmdAddNewValue_Click;
+  frmMain.cmdAddIP.onClick = cmdAddIP_Click;
+  frmMain.cmdAddSSLIP.onClick = cmdAddSSLIP_Click;
+  frmMain.lstDirectories(0).onDblClick = lstDirectories_DblClick;
+  frmMain.lstNewIPs(0).onDblClick = lstNewIPs_DblClick;
+  frmMain.lstNewSSLIPs(0).onDblClick = lstNewSSLIPs_DblClick;
+  frmMain.lstExclude.onKeyPress = lstExclude_KeyPress;
+  frmMain.lstExclude.onKeyUp = lstExclude_KeyUp;
+  frmMain.lstOldValues.onKeyPress = lstOldValues_KeyPress;
+  frmMain.lstOldValues.onKeyUp = lstOldValues_KeyUp;
+  frmMain.lstNewValues.onKeyPress = lstNewValues_KeyPress;
+  frmMain.lstNewValues.onKeyUp = lstNewValues_KeyUp;
+  frmMain.lstNewIPs(0).onKeyPress = lstNewIPs_KeyPress;
+  frmMain.lstNewIPs(0).onKeyUp = lstNewIPs_KeyUp;
+  frmMain.lstNewSSLIPs(0).onKeyPress = lstNewSSLIPs_KeyPress;
+  frmMain.lstNewSSLIPs(0).onKeyUp = lstNewSSLIPs_KeyUp;
+}
+
+}  // namespace
 
 void wireMainWindow() {
   frmMain.chkCopyFiles.onClick = chkCopyFiles_Click;
@@ -25,6 +50,8 @@ void wireMainWindow() {
   frmMain.chkStartWebs.onClick = chkStartWebs_Click;
   frmMain.lstIMIISVer.onClick = lstIMIISVer_Click;
   frmMain.lstEXIISVer.onClick = lstEXIISVer_Click;
+  frmMain.lstIMIISVer.onKeyUp = lstIMIISVer_KeyUp;
+  frmMain.lstEXIISVer.onKeyUp = lstEXIISVer_KeyUp;
   frmMain.optExportWeb.onClick = optExportWeb_Click;
   frmMain.optExportFTP.onClick = optExportFTP_Click;
   frmMain.optCreateWebs.onClick = optCreateWebs_Click;
@@ -34,6 +61,7 @@ void wireMainWindow() {
   frmMain.TabImportType.onClick = TabImportType_Click;
   frmMain.TabExportType.onClick = TabExportType_Click;
   frmMain.tabNewValues.onClick = tabNewValues_Click;
+  wireMappingEditing();
   frmMain.cmdPopulate.onClick = cmdPopulate_Click;
   frmMain.lstSites.onClick = lstSites_Click;
   frmMain.lstOutput.onDblClick = lstOutput_DblClick;

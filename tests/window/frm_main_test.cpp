@@ -244,6 +244,27 @@ TEST_F(FrmMainTest, SortsThePropertiesAndNeverTheSites) {
   EXPECT_FALSE(frmMain.lstSiteIndexes.sorted);
 }
 
+TEST_F(FrmMainTest, TakesSeveralSitesAndSeveralEntriesThatAKeyDeletes) {
+  for (ListControl* list : {&frmMain.lstSites, &frmMain.lstExclude, &frmMain.lstOldValues,
+                            &frmMain.lstNewValues, &frmMain.lstNewIPs(0), &frmMain.lstNewSSLIPs(0)}) {
+    for (const char* entry : {"a", "b"}) list->addItem(entry);
+    for (const std::int32_t entry : {0, 1}) list->setSelected(entry, true);
+    EXPECT_EQ(list->selCount(), 2) << list->name;
+  }
+}
+
+TEST_F(FrmMainTest, OpensTheMappingOnItsDirectories) {
+  EXPECT_EQ(frmMain.tabNewValues.selectedTab(), 1);
+  for (const char* name : {"fraFolders", "lstFolders", "fraNewDirectory", "lstDirectories"}) {
+    EXPECT_TRUE(frmMain.control(name)->visible) << name;
+  }
+  for (const char* name : {"fraOldIPs", "lstOldIPs", "fraNewIPs", "lstNewIPs", "cmdAddIP", "fraOldSSLIPs",
+                           "lstOldSSLIPs", "fraNewSSLIPs", "lstNewSSLIPs", "cmdAddSSLIP", "fraOldxValues",
+                           "lstOldValues", "fraNewxValues", "lstNewValues", "cmdAddNewValue"}) {
+    EXPECT_FALSE(frmMain.control(name)->visible) << name;
+  }
+}
+
 TEST_F(FrmMainTest, LetsExactlyOneCreationModeBeOn) {
   EXPECT_TRUE(frmMain.optCreateWebs.value());
   frmMain.optOverwritePreserve.setValue(true);

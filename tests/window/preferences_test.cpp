@@ -122,6 +122,18 @@ TEST_F(PreferencesTest, AnyOtherVersionWordCountsAsTheOldest) {
   EXPECT_EQ(run.dblEXIISVer, 4);
 }
 
+TEST_F(PreferencesTest, AKeyThatIsLetGoInAVersionListSetsTheVersionNumber) {
+  frmMain.lstIMIISVer.setListIndex(2);
+  frmMain.lstEXIISVer.setListIndex(1);
+  run.dblIMIISVer = run.dblEXIISVer = 0;
+  constexpr std::int32_t kDownKey = 40;
+  frmMain.lstIMIISVer.onKeyUp(kDownKey);
+  EXPECT_EQ(run.dblIMIISVer, 6);
+  EXPECT_EQ(run.dblEXIISVer, 0);
+  frmMain.lstEXIISVer.onKeyUp(kDownKey);
+  EXPECT_EQ(run.dblEXIISVer, 5);
+}
+
 TEST_F(PreferencesTest, ChoosingFtpSitesSetsBothWordsAndBothOptions) {
   frmMain.optExportFTP.setValue(true);
   EXPECT_EQ(frmMain.sExportSiteType, "Ftp");
