@@ -7,6 +7,7 @@
 #include "core/reporting.h"
 #include "core/run_state.h"
 #include "core/text.h"
+#include "jobs/job_file.h"
 #include "jobs/run_backup.h"
 #include "metabase/site_listing.h"
 #include "platform/platform.h"
@@ -22,7 +23,7 @@ constexpr std::int32_t kServerTab = 1;
 constexpr std::int32_t kDatabaseTab = 2;
 
 std::string jobDetail(const char* key) {
-  return returnIniSetting("Job Details", key);
+  return returnIniSetting(kJobDetails, key);
 }
 
 bool jobDetailIs(const char* key, const char* upperCaseWord) {
@@ -135,7 +136,7 @@ void setFindAndReplace() {
   frmMain.lstNewValues.clear();
   const std::int16_t count = integerOf(jobDetail("FindReplaceCount"));
   for (std::int32_t n = 0; n < count; ++n) {
-    const std::string section = std::to_string(n) + "FindReplace";
+    const std::string section = pairSection(n);
     frmMain.lstOldValues.addItem(returnIniSetting(section, "Find"));
     frmMain.lstNewValues.addItem(returnIniSetting(section, "Replace"));
   }
@@ -181,7 +182,7 @@ void listSites() {
 }
 
 bool isWanted(std::int32_t numberInJob, const std::string& siteIndex) {
-  const std::string name = returnIniSetting(std::to_string(numberInJob) + "Site", "SiteName");
+  const std::string name = returnIniSetting(siteSection(numberInJob), "SiteName");
   return name == siteIndex || jobDetailIs("BackupAllSites", "TRUE");
 }
 

@@ -4,6 +4,7 @@
 #include "core/main_window.h"
 #include "core/reporting.h"
 #include "core/start_up.h"
+#include "jobs/job_file.h"
 #include "metabase/root_check.h"
 #include "metabase/site_details.h"
 #include "metabase/site_listing.h"
@@ -67,6 +68,8 @@ void wireMainWindow() {
   frmMain.lstOutput.onDblClick = lstOutput_DblClick;
   frmMain.cmdExportFile.onClick = cmdExportFile_Click;
   frmMain.cmdExportServer.onClick = cmdExportServer_Click;
+  frmMain.mnuSaveBackup.onClick = mnuSaveBackup_Click;
+  frmMain.mnuLoadBackup.onClick = mnuLoadBackup_Click;
   frmMain.mnuDBLoc.onClick = mnuDBLoc_Click;
   frmMain.mnuExit.onClick = mnuExit_Click;
   frmMain.mnuCheckMetabase.onClick = mnuCheckMetabase_Click;

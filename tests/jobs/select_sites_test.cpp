@@ -7,6 +7,7 @@
 #include "core/err.h"
 #include "core/registry_strings.h"
 #include "core/run_state.h"
+#include "core/text.h"
 #include "job_test.h"
 #include "jobs/run_backup.h"
 #include "platform/platform.h"
@@ -800,6 +801,32 @@ TEST_F(SelectSites, GivesWayToEventsBehindListingAndSelection) {
   SelectSitesFromBackup();
   // Each child of the service node is one more.
   EXPECT_EQ(events->yields, 3 + 2);
+}
+
+TEST_F(SelectSites, ReadsAFileThatWasWrittenByHandInAnotherOrderAndCase) {
+  openWindow();
+  folder.write("j.job",
+               "; the week's job\n\n[1SITE]\nsitename = IIS://WEB1/W3SVC/2\n\n[0findreplace]\n"
+               "REPLACE=new\n  find =old\n[job details]\nbackupallsites=false\nfindreplacecount=1\n"
+               "sitecreationmode=overwrite preserve\nautostartsites=true\ntype=W3SVC\n"
+               "exportversion=IIS6\nimportversion=IIS5\nexportserver=database\nIMPORTSERVER=web1\n"
+               "sites= 1 \nNobodysKey=1\n[Nobody]\nSites=9\n");
+  addServer("web1", metabaseOf("WEB1"));
+  run.sBackupJob = jobPath();
+  run.bRunSilent = true;
+  SelectSitesFromBackup();
+  EXPECT_EQ(frmMain.txtImportServer.text, "web1");
+  EXPECT_TRUE(frmMain.optExportFile.value());
+  EXPECT_TRUE(frmMain.optOverwritePreserve.value());
+  EXPECT_TRUE(run.bStartWebs);
+  EXPECT_EQ(frmMain.lstIMIISVer.text() + frmMain.lstEXIISVer.text(), "IIS5IIS6");
+  EXPECT_THAT(entriesOf(frmMain.lstOldValues), ElementsAre("old"));
+  EXPECT_THAT(entriesOf(frmMain.lstNewValues), ElementsAre("new"));
+  EXPECT_THAT(entriesOf(frmMain.lstSites), ElementsAre("Shop", "Wiki", "Mail"));
+  EXPECT_THAT(selectedSites(), IsEmpty()) << "the server's name is part of a site's identifier, as written";
+  folder.write("j.job", replaceAll(folder.read("j.job"), "IIS://WEB1", "IIS://web1"));
+  SelectSitesFromBackup();
+  EXPECT_THAT(selectedSites(), ElementsAre("Wiki"));
 }
 
 TEST_F(SelectSites, TakesAPieceOfADeepPathForAMissingKey) {
