@@ -831,7 +831,7 @@ TEST_F(SelectSites, ReadsAFileThatWasWrittenByHandInAnotherOrderAndCase) {
 
 TEST_F(SelectSites, TakesAPieceOfADeepPathForAMissingKey) {
   openWindow();
-  const std::string deep = "a folder of a name that is long enough/j.job";
+  const std::string deep = "a-folder-of-a-name-that-is-long-enough/j.job";
   folder.write(deep, "[Job Details]\r\nSites=1\r\nImportServer=WEB1\r\nType=W3SVC\r\nFindReplaceCount=0\r\n");
   run.sBackupJob = windowsPath((folder / deep).string());
   SelectSitesFromBackup();

@@ -148,10 +148,14 @@ void Replacement::setMode(mode_t mode) {
 
 void Replacement::commit() {
   flush(file_, target_);
+  commitWithoutFlush();
+  flushFolder(folderOf(target_));
+}
+
+void Replacement::commitWithoutFlush() {
   file_.close();
   if (::rename(temporary_.c_str(), target_.c_str()) != 0) fail(errno, target_);
   temporary_.clear();
-  flushFolder(folderOf(target_));
 }
 
 std::string folderOf(const std::string& path) {

@@ -62,6 +62,8 @@ class Replacement {
   void setMode(mode_t mode);
   // The content is on the disk and has its name when this returns.
   void commit();
+  // The same without the wait for the disk: whole for everybody who looks, but a power cut may take it away.
+  void commitWithoutFlush();
 
  private:
   void createBeside(mode_t mode);

@@ -205,10 +205,12 @@ FileText readOrEmpty(const std::string& nativePath) {
   return {};
 }
 
+// A job is saved by one call for each key, and a person waits for it: to wait for the disk each time would
+// take seconds for a server with a thousand sites.
 void writeFile(const std::string& nativePath, const FileText& file) {
   Replacement replacement(nativePath, kNewFileMode);
   writeAll(replacement.file(), file.toBytes());
-  replacement.commit();
+  replacement.commitWithoutFlush();
 }
 
 class NativeProfileFiles final : public ProfileFiles {
