@@ -3,13 +3,9 @@
 //   ratio     rows a second of the export against a bare loop of SQLExecDirect over the same statements (at
 //   least 0.6), exponent  how time grows from one size to the next (1 is linear).
 // Sizes are arguments; without any, 100 and 1000.
-#include <chrono>
-#include <cmath>
 #include <cstdio>
 #include <cstdlib>
-#include <ctime>
 #include <filesystem>
-#include <fstream>
 #include <iostream>
 #include <string>
 #include <vector>
@@ -18,6 +14,7 @@
 #include "core/err.h"
 #include "core/main_window.h"
 #include "core/run_state.h"
+#include "measured_sites.h"
 #include "metabase/site_listing.h"
 #include "platform/linux/access_driver.h"
 #include "platform/linux/console.h"
@@ -34,42 +31,6 @@ namespace trelvin {
 namespace {
 
 namespace fs = std::filesystem;
-using Seconds = std::chrono::duration<double>;
-
-constexpr int kDirectories = 10;
-
-std::string element(const std::string& keyType, const std::string& location, const std::string& properties) {
-  return "<" + keyType + "\tLocation =\"" + location + "\"\n" + properties + "\t>\n</" + keyType + ">\n";
-}
-
-std::string directory(const std::string& location, const std::string& path) {
-  return element(
-      "IIsWebVirtualDir", location,
-      "\t\tAccessFlags=\"AccessRead | AccessScript\"\n\t\tAppFriendlyName=\"App\"\n\t\tAppIsolated=\"2\"\n"
-      "\t\tAppRoot=\"" +
-          location +
-          "\"\n\t\tAspBufferingOn=\"TRUE\"\n\t\tAspScriptTimeout=\"90\"\n\t\tAspSessionTimeout=\"20\"\n"
-          "\t\tCacheISAPI=\"TRUE\"\n\t\tContentIndexed=\"TRUE\"\n\t\tDefaultDoc=\"default.asp\"\n"
-          "\t\tHttpCustomHeaders=\"X-A: b\n\t\t\tX-C: d\"\n\t\tPath=\"" +
-          path + "\"\n");
-}
-
-std::string site(int number) {
-  const std::string location = "/LM/W3SVC/" + std::to_string(number);
-  const std::string path = "D:\\web\\" + std::to_string(number);
-  std::string text = element(
-      "IIsWebServer", location,
-      "\t\tAllowKeepAlive=\"TRUE\"\n\t\tConnectionTimeout=\"120\"\n\t\tDefaultDoc=\"a.htm,b.asp\"\n"
-      "\t\tLogFileDirectory=\"D:\\logs\"\n\t\tLogFilePeriod=\"1\"\n\t\tMaxConnections=\"100\"\n"
-      "\t\tNTAuthenticationProviders=\"NTLM\"\n\t\tSecureBindings=\":443:\"\n\t\tServerAutoStart=\"TRUE\"\n"
-      "\t\tServerBindings=\":80:www.example.com\"\n\t\tServerComment=\"Site\"\n\t\tServerSize=\"1\"\n");
-  text += directory(location + "/ROOT", path);
-  for (int i = 0; i < kDirectories; ++i) {
-    const std::string name = "v" + std::to_string(i);
-    text += directory(location + "/ROOT/" + name, path + "\\" + name);
-  }
-  return text;
-}
 
 // A program folder and a server with so many sites, gone with the object.
 class Machine {
@@ -82,13 +43,7 @@ class Machine {
       fs::copy_file(fs::path(TRELVIN_DATABASES) / name, folder_ / name);
     }
     fs::copy_file(fs::path(TRELVIN_DATABASES) / "TrelvinData.mdb", folder_ / "Bare.mdb");
-    std::ofstream file(folder_ / "MetaBase.xml", std::ios::binary);
-    file << "<?xml version =\"1.0\"?>\n<configuration>\n<MBProperty>\n"
-         << element("IIS_ROOT", "/", "") << element("IIsComputer", "/LM", "")
-         << element("IIsWebService", "/LM/W3SVC", "\t\tAppPoolId=\"DefaultAppPool\"\n");
-    for (int number = 1; number <= sites; ++number) file << site(number);
-    file << "</MBProperty>\n</configuration>\n";
-    file.close();
+    writeMetabase(folder_ / "MetaBase.xml", sites);
     fs::current_path(folder_);
   }
   Machine(const Machine&) = delete;
@@ -124,21 +79,6 @@ class Machine {
  private:
   fs::path folder_;
 };
-
-// Time of the process and time on the wall; on a busy machine the former tells more.
-struct Spent {
-  double processor = 0;
-  double wall = 0;
-};
-
-template <typename Work>
-Spent spentOn(Work&& work) {
-  const std::clock_t processorBegin = std::clock();
-  const auto begin = std::chrono::steady_clock::now();
-  work();
-  return {static_cast<double>(std::clock() - processorBegin) / CLOCKS_PER_SEC,
-          Seconds(std::chrono::steady_clock::now() - begin).count()};
-}
 
 struct Times {
   int sites = 0;
@@ -208,15 +148,6 @@ Times measure(int sites) {
   return times;
 }
 
-double exponent(const Spent& before, const Spent& after, const Times& smaller, const Times& larger) {
-  return std::log(after.processor / before.processor) /
-         std::log(static_cast<double>(larger.sites) / smaller.sites);
-}
-
-void print(const char* what, const Spent& spent) {
-  std::printf("  %-13s %8.3f s of the processor %8.3f s on the wall\n", what, spent.processor, spent.wall);
-}
-
 void print(const Times& times) {
   std::printf("%d sites, %zu rows\n", times.sites, times.rows);
   print("listing", times.listing);
@@ -235,10 +166,11 @@ int measureAll(const std::vector<int>& sizes) {
     if (all.size() < 2) continue;
     const Times& smaller = all[all.size() - 2];
     const Times& larger = all.back();
+    const double growth = static_cast<double>(larger.sites) / smaller.sites;
     std::printf("  exponents: listing %.2f, selecting %.2f, exporting %.2f\n",
-                exponent(smaller.listing, larger.listing, smaller, larger),
-                exponent(smaller.selecting, larger.selecting, smaller, larger),
-                exponent(smaller.exporting, larger.exporting, smaller, larger));
+                exponent(smaller.listing, larger.listing, growth),
+                exponent(smaller.selecting, larger.selecting, growth),
+                exponent(smaller.exporting, larger.exporting, growth));
   }
   return 0;
 }

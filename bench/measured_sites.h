@@ -1,0 +1,84 @@
+// The sites that whole runs are measured with, and how a run is measured.
+#pragma once
+
+#include <chrono>
+#include <cmath>
+#include <cstdio>
+#include <ctime>
+#include <filesystem>
+#include <fstream>
+#include <string>
+
+namespace trelvin {
+
+constexpr int kDirectories = 10;
+
+inline std::string element(const std::string& keyType, const std::string& location,
+                           const std::string& properties) {
+  return "<" + keyType + "\tLocation =\"" + location + "\"\n" + properties + "\t>\n</" + keyType + ">\n";
+}
+
+inline std::string directory(const std::string& location, const std::string& path) {
+  return element(
+      "IIsWebVirtualDir", location,
+      "\t\tAccessFlags=\"AccessRead | AccessScript\"\n\t\tAppFriendlyName=\"App\"\n\t\tAppIsolated=\"2\"\n"
+      "\t\tAppRoot=\"" +
+          location +
+          "\"\n\t\tAspBufferingOn=\"TRUE\"\n\t\tAspScriptTimeout=\"90\"\n\t\tAspSessionTimeout=\"20\"\n"
+          "\t\tCacheISAPI=\"TRUE\"\n\t\tContentIndexed=\"TRUE\"\n\t\tDefaultDoc=\"default.asp\"\n"
+          "\t\tHttpCustomHeaders=\"X-A: b\n\t\t\tX-C: d\"\n\t\tPath=\"" +
+          path + "\"\n");
+}
+
+inline std::string site(int number) {
+  const std::string location = "/LM/W3SVC/" + std::to_string(number);
+  const std::string path = "D:\\web\\" + std::to_string(number);
+  std::string text = element(
+      "IIsWebServer", location,
+      "\t\tAllowKeepAlive=\"TRUE\"\n\t\tConnectionTimeout=\"120\"\n\t\tDefaultDoc=\"a.htm,b.asp\"\n"
+      "\t\tLogFileDirectory=\"D:\\logs\"\n\t\tLogFilePeriod=\"1\"\n\t\tMaxConnections=\"100\"\n"
+      "\t\tNTAuthenticationProviders=\"NTLM\"\n\t\tSecureBindings=\":443:\"\n\t\tServerAutoStart=\"TRUE\"\n"
+      "\t\tServerBindings=\":80:www.example.com\"\n\t\tServerComment=\"Site\"\n\t\tServerSize=\"1\"\n");
+  text += directory(location + "/ROOT", path);
+  for (int i = 0; i < kDirectories; ++i) {
+    const std::string name = "v" + std::to_string(i);
+    text += directory(location + "/ROOT/" + name, path + "\\" + name);
+  }
+  return text;
+}
+
+// A metabase file with so many sites, each with ten virtual directories and a dozen properties a node.
+inline void writeMetabase(const std::filesystem::path& path, int sites) {
+  std::ofstream file(path, std::ios::binary);
+  file << "<?xml version =\"1.0\"?>\n<configuration>\n<MBProperty>\n"
+       << element("IIS_ROOT", "/", "") << element("IIsComputer", "/LM", "")
+       << element("IIsWebService", "/LM/W3SVC", "\t\tAppPoolId=\"DefaultAppPool\"\n");
+  for (int number = 1; number <= sites; ++number) file << site(number);
+  file << "</MBProperty>\n</configuration>\n";
+}
+
+// Time of the process and time on the wall; on a busy machine the former tells more.
+struct Spent {
+  double processor = 0;
+  double wall = 0;
+};
+
+template <typename Work>
+Spent spentOn(Work&& work) {
+  const std::clock_t processorBegin = std::clock();
+  const auto begin = std::chrono::steady_clock::now();
+  work();
+  return {static_cast<double>(std::clock() - processorBegin) / CLOCKS_PER_SEC,
+          std::chrono::duration<double>(std::chrono::steady_clock::now() - begin).count()};
+}
+
+// How time grows from one size to the next; 1 is linear.
+inline double exponent(const Spent& smaller, const Spent& larger, double growth) {
+  return std::log(larger.processor / smaller.processor) / std::log(growth);
+}
+
+inline void print(const char* what, const Spent& spent) {
+  std::printf("  %-13s %8.3f s of the processor %8.3f s on the wall\n", what, spent.processor, spent.wall);
+}
+
+}  // namespace trelvin
