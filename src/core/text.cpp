@@ -185,8 +185,16 @@ bool equalsIgnoringCase(std::string_view left, std::string_view right) {
 }
 
 bool sortsBefore(std::string_view left, std::string_view right) {
-  UpperReader first(left);
-  UpperReader second(right);
+  std::size_t same = 0;
+  const std::size_t shorter = std::min(left.size(), right.size());
+  while (same < shorter && isAscii(left[same]) && isAscii(right[same])) {
+    const char a = upperAscii(left[same]);
+    const char b = upperAscii(right[same]);
+    if (a != b) return a < b;
+    ++same;
+  }
+  UpperReader first(left.substr(same));
+  UpperReader second(right.substr(same));
   while (!first.atEnd() && !second.atEnd()) {
     const char32_t a = first.next();
     const char32_t b = second.next();

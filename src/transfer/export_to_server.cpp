@@ -269,9 +269,10 @@ void ServerToServerRun::readSchema() {
 }
 
 void ServerToServerRun::addNames(const std::vector<std::string>& names, const char* failure) {
+  const Exclusions exclusions;
   for (const std::string& name : names) {
-    if (isExcluded(name)) continue;
-    attempt([&] { debugLog("Adding " + name + " to the list"); });
+    if (exclusions.hold(name)) continue;
+    if (run.bDebug) attempt([&] { writeLog("Adding " + name + " to the list"); });
     attempt([&] { frmMain.lstPropsToExport.addItem(name); });
   }
   debugFailure(failure);
@@ -302,7 +303,7 @@ void ServerToServerRun::transferProperties(std::int32_t index) {
 }
 
 void ServerToServerRun::transferProperty(std::int32_t index, const std::string& name) {
-  attempt([&] { debugLog("Propname = " + name); });
+  if (run.bDebug) attempt([&] { writeLog("Propname = " + name); });
   Err.clear();
   if (!attempt([&] { paths_ = bound(oSite_).getDataPaths(name, Value()); })) {
     attempt([] { debugLog("Error during getdatapaths " + errText()); });
@@ -313,7 +314,7 @@ void ServerToServerRun::transferProperty(std::int32_t index, const std::string& 
 void ServerToServerRun::transferPath(std::int32_t index, const std::string& name, const std::string& path) {
   const std::string relative = relativeToSite(path);
   const std::string source = frmMain.lstSiteIndexes.list(index) + relative;
-  attempt([&] { debugLog("Reading " + source); });
+  if (run.bDebug) attempt([&] { writeLog("Reading " + source); });
   attempt([&] { oSource_ = getObject(source); });
   const bool isSkipped = holdsOrFails([&] {
     const std::string className = bound(oSource_).className();

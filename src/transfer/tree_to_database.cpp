@@ -1,7 +1,6 @@
 #include "transfer/tree_to_database.h"
 
 #include "core/err.h"
-#include "core/helpers.h"
 #include "core/reporting.h"
 #include "core/run_state.h"
 #include "metabase/applications.h"
@@ -18,9 +17,14 @@ namespace {
 // One level of the walk. What could not be read of a child keeps the value of the child before it.
 class TreeLevel {
  public:
-  TreeLevel(const std::string& parentPath, const std::string& siteNumber)
-      : sParentPath_(parentPath), sSiteNumber_(siteNumber) {}
+  TreeLevel(const std::string& parentPath, const std::string& siteNumber, TreeNames& names)
+      : sParentPath_(parentPath), sSiteNumber_(siteNumber), names_(names) {}
 
+  void walk(const NodeHandle& node) {
+    attempt([&] { bound(node).forEachChild([&](const NodeHandle& child) { visit(child); }); });
+  }
+
+ private:
   void visit(const NodeHandle& child) {
     child_ = child;
     sLocalName_.clear();
@@ -31,10 +35,12 @@ class TreeLevel {
       storeDirectory();
     }
     collectPropertyNames();
-    attempt([&] { exportSiteTree(child_, path(), sSiteNumber_); });
+    attempt([&] {
+      const std::string below = path();
+      TreeLevel(below, sSiteNumber_, names_).walk(child_);
+    });
   }
 
- private:
   [[nodiscard]] std::string path() const { return sParentPath_ + "/" + child_->name(); }
 
   void readApplication(const char* kindOfDirectory) {
@@ -138,13 +144,13 @@ class TreeLevel {
 
   void collectPropertyNames() {
     attempt([&] { schemaClass_ = getObject(child_->schema()); });
-    addSchemaNames(schemaClass_);
-    removeDuplicates(frmMain.lstPropsToExport);
+    names_.collect(schemaClass_);
     attempt([] { showLastLine(); });
   }
 
   const std::string& sParentPath_;
   const std::string& sSiteNumber_;
+  TreeNames& names_;
   NodeHandle child_;
   NodeHandle schemaClass_;
   std::string sLocalName_;
@@ -160,8 +166,8 @@ class TreeLevel {
 
 void exportSiteTree(const NodeHandle& objParent, const std::string& sParentPath,
                     const std::string& sSiteNumber) {
-  TreeLevel level(sParentPath, sSiteNumber);
-  attempt([&] { bound(objParent).forEachChild([&](const NodeHandle& child) { level.visit(child); }); });
+  TreeNames names;
+  TreeLevel(sParentPath, sSiteNumber, names).walk(objParent);
 }
 
 }  // namespace trelvin

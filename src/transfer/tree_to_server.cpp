@@ -1,7 +1,6 @@
 #include "transfer/tree_to_server.h"
 
 #include "core/err.h"
-#include "core/helpers.h"
 #include "core/reporting.h"
 #include "core/run_state.h"
 #include "metabase/applications.h"
@@ -19,8 +18,14 @@ namespace {
 // One level of the walk. What could not be read of a child keeps the value of the child before it.
 class TreeLevel {
  public:
-  TreeLevel(const std::string& path, const std::string& base) : sPath_(path), sBase_(base) {}
+  TreeLevel(const std::string& path, const std::string& base, TreeNames& names)
+      : sPath_(path), sBase_(base), names_(names) {}
 
+  void walk(const NodeHandle& node) {
+    attempt([&] { bound(node).forEachChild([&](const NodeHandle& child) { visit(child); }); });
+  }
+
+ private:
   void visit(const NodeHandle& child) {
     child_ = child;
     if (holdsOrFails([&] { return isClass(child_->className(), "VirtualDir"); })) {
@@ -31,10 +36,12 @@ class TreeLevel {
       createApplicationOf("directory");
     }
     collectPropertyNames();
-    attempt([&] { copyTreeToServer(child_, targetName(), sBase_); });
+    attempt([&] {
+      const std::string below = targetName();
+      TreeLevel(below, sBase_, names_).walk(child_);
+    });
   }
 
- private:
   // The child's path on the target below the service, and its path below the site.
   [[nodiscard]] std::string targetName() const { return sPath_ + "/" + child_->name(); }
   [[nodiscard]] std::string relative() const { return sPath_.substr(sBase_.size()) + "/" + child_->name(); }
@@ -112,13 +119,13 @@ class TreeLevel {
   void collectPropertyNames() {
     Err.clear();
     attempt([&] { schemaClass_ = getObject(child_->schema()); });
-    addSchemaNames(schemaClass_);
-    removeDuplicates(frmMain.lstPropsToExport);
+    names_.collect(schemaClass_);
     attempt([] { showLastLine(); });
   }
 
   const std::string& sPath_;
   const std::string& sBase_;
+  TreeNames& names_;
   NodeHandle child_;
   NodeHandle oParent_;
   NodeHandle oChild_;
@@ -132,8 +139,8 @@ class TreeLevel {
 }  // namespace
 
 void copyTreeToServer(const NodeHandle& oNode, const std::string& sPath, const std::string& sBase) {
-  TreeLevel level(sPath, sBase);
-  attempt([&] { bound(oNode).forEachChild([&](const NodeHandle& child) { level.visit(child); }); });
+  TreeNames names;
+  TreeLevel(sPath, sBase, names).walk(oNode);
 }
 
 }  // namespace trelvin

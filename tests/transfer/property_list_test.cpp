@@ -140,6 +140,27 @@ TEST_F(SchemaNames, StandOnceAfterDuplicatesWereRemoved) {
   EXPECT_THAT(list(), ElementsAre("AccessFlags", "DefaultDoc", "KeyType"));
 }
 
+TEST_F(SchemaNames, OfATreeStandOnceBehindEachNode) {
+  TreeNames names;
+  names.collect(schemaOf({"KeyType"}, {"DefaultDoc", "KeyType"}));
+  EXPECT_THAT(list(), ElementsAre("DefaultDoc", "KeyType"));
+  names.collect(schemaOf({"KeyType"}, {"DefaultDoc", "AccessFlags"}));
+  EXPECT_THAT(list(), ElementsAre("AccessFlags", "DefaultDoc", "KeyType"));
+}
+
+TEST_F(SchemaNames, OfATreeAreAddedOnceForEachClass) {
+  TreeNames names;
+  for (int node = 0; node < 3; ++node) names.collect(schemaOf({"KeyType"}, {"DefaultDoc"}));
+  EXPECT_THAT(added, ElementsAre("KeyType", "DefaultDoc"));
+}
+
+TEST_F(SchemaNames, OfATreeStayOutWhenTheyAreExcluded) {
+  frmMain.lstExclude.addItem("keytype");
+  TreeNames names;
+  names.collect(schemaOf({"KeyType"}, {"DefaultDoc"}));
+  EXPECT_THAT(list(), ElementsAre("DefaultDoc"));
+}
+
 TEST_F(SchemaNames, OfAnUnboundClassAddNothingAndLeaveTheFailureBehind) {
   frmMain.lstPropsToExport.addItem("Former");
   addSchemaNames(nullptr);

@@ -359,8 +359,9 @@ TEST_F(SiteTree, CollectsTheNamesOfEveryNodesClassOnce) {
   EXPECT_THAT(entriesOf(frmMain.lstPropsToExport), ElementsAre("AccessFlags", "Path"));
 }
 
-TEST_F(SiteTree, CutsDuplicatesDownBehindEveryNode) {
-  open(directory(1, "/a") + directory(1, "/b") + directory(1, "/c"));
+TEST_F(SiteTree, CutsDuplicatesDownBehindEveryClass) {
+  open(directory(1, "/a") + virtualDir(1, "/b", {{"Path", "x"}}) +
+       element("IIsWebFile", "/LM/W3SVC/1/c.htm"));
   transferOnly({"AccessFlags"});
   std::int32_t longest = 0;
   frmMain.lstPropsToExport.onAddItem = [&](const std::string&) {
