@@ -61,9 +61,11 @@ class Machines {
     platform().databases =
         makeOdbcDatabases([toNative](std::string_view text) { return accessDriverString(text, toNative); });
     platform().files = makeFileSystem(toNative);
-    platform().metabase = makeFileMetabase([this](std::string_view server) {
-      return std::optional(server == "source" ? source().string() : target().string());
-    });
+    platform().metabase = makeFileMetabase(
+        [this](std::string_view server) {
+          return std::optional(server == "source" ? source().string() : target().string());
+        },
+        kMetabasePatience);
     platform().dialogs = makeConsoleDialogs(std::cerr);
   }
 

@@ -11,7 +11,7 @@ namespace trelvin::test {
 
 using ::testing::AnyOf;
 using ::testing::ElementsAre;
-using ::testing::HasSubstr;
+using HasSubstr;
 
 constexpr const char* kJournal = "MetaBase.xml.journal";
 
@@ -167,6 +167,55 @@ TEST_F(TheJournal, IsKeptWhenTheFileChangesWhileCommitsWait) {
   closeMetabase();
   EXPECT_EQ(fileText(), changed) << "never overwritten blindly";
   EXPECT_TRUE(hasJournal());
+}
+
+// A provider that looks at its file again after a while only.
+class PatientMetabase : public MetabaseFileTest {
+ protected:
+  NodeHandle patient(std::string_view below) {
+    return patient_->getObject("IIS://Web1" + std::string(below));
+  }
+  void putPatiently(std::string_view comment) {
+    const NodeHandle node = patient("/W3SVC/10");
+    node->put("ServerComment", std::string(comment));
+    node->setInfo();
+  }
+  void changeFile() { writeFile(replaceAll(sampleMetabase(), "\"Ten\"", "\"Ten from elsewhere\"")); }
+
+  std::unique_ptr<Metabase> patient_ = makeFileMetabase(
+      [path = filePath()](std::string_view) { return std::optional(path); }, std::chrono::hours(1));
+};
+
+TEST_F(PatientMetabase, TakesItsFileToBeAsItWasLastSeen) {
+  EXPECT_EQ(patient("/W3SVC/10")->get("ServerComment"), Value("Ten"));
+  changeFile();
+  EXPECT_EQ(patient("/W3SVC/10")->get("ServerComment"), Value("Ten"));
+}
+
+TEST_F(PatientMetabase, LooksAtItsFileBeforeItsFirstCommit) {
+  patient("/W3SVC/2");
+  changeFile();
+  const NodeHandle two = patient("/W3SVC/2");
+  two->put("ServerComment", "second");
+  two->setInfo();
+  patient_.reset();
+  EXPECT_THAT(fileText(), HasSubstr("Ten from elsewhere"));
+  EXPECT_THAT(fileText(), HasSubstr("\"second\""));
+}
+
+TEST_F(PatientMetabase, NeverWritesOverAFileThatChangedWhileCommitsWait) {
+  putPatiently("first");
+  changeFile();
+  const std::string changed = fileText();
+  putPatiently("second");
+  patient_.reset();
+  EXPECT_EQ(fileText(), changed);
+  EXPECT_TRUE(hasJournal()) << "which keeps what was committed";
+}
+
+TEST_F(PatientMetabase, SeesItsOwnCommitsAtOnce) {
+  putPatiently("first");
+  EXPECT_EQ(patient("/W3SVC/10")->get("ServerComment"), Value("first"));
 }
 
 TEST_F(TheJournal, IsNotBotheredByAFileThatWasWrittenAnewWithTheSameContent) {

@@ -39,7 +39,8 @@ void useLinuxPlatform(int argc, char** argv, const Log& log) {
   set.dialogs = makeConsoleDialogs(std::cerr);
   set.events = makeConsoleEvents();
   set.files = makeFileSystem(toNative);
-  set.metabase = makeFileMetabase([paths](std::string_view server) { return paths->metabaseFileOf(server); });
+  set.metabase = makeFileMetabase([paths](std::string_view server) { return paths->metabaseFileOf(server); },
+                                  kMetabasePatience);
   set.profile = makeProfileFiles(toNative);
   set.shell =
       makeTreeCopy(toNative, log, [](std::string_view title, std::uint64_t done, std::uint64_t found) {

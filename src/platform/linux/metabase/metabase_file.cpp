@@ -47,7 +47,8 @@ ParsedPath parsePath(std::string_view path) {
 
 class FileMetabase final : public Metabase {
  public:
-  explicit FileMetabase(LocateMetabase locate) : locate_(std::move(locate)) {}
+  FileMetabase(LocateMetabase locate, std::chrono::microseconds patience)
+      : locate_(std::move(locate)), patience_(patience) {}
   FileMetabase(const FileMetabase&) = delete;
   FileMetabase& operator=(const FileMetabase&) = delete;
   ~FileMetabase() override {
@@ -103,11 +104,12 @@ class FileMetabase final : public Metabase {
     }
     // The same file under two names is one metabase.
     std::shared_ptr<MetabaseStore>& store = stores_[path];
-    if (store == nullptr) store = std::make_shared<MetabaseStore>(path);
+    if (store == nullptr) store = std::make_shared<MetabaseStore>(path, patience_);
     return byServer_.emplace(server, store).first->second;
   }
 
   LocateMetabase locate_;
+  std::chrono::microseconds patience_;
   std::map<std::string, std::shared_ptr<MetabaseStore>> stores_;  // by canonical path
   std::map<std::string, std::shared_ptr<MetabaseStore>, std::less<>> byServer_;
   std::string location_;  // kept, so that a bind doesn't allocate for its look-up
@@ -115,8 +117,8 @@ class FileMetabase final : public Metabase {
 
 }  // namespace
 
-std::unique_ptr<Metabase> makeFileMetabase(LocateMetabase locate) {
-  return std::make_unique<FileMetabase>(std::move(locate));
+std::unique_ptr<Metabase> makeFileMetabase(LocateMetabase locate, std::chrono::microseconds patience) {
+  return std::make_unique<FileMetabase>(std::move(locate), patience);
 }
 
 }  // namespace trelvin

@@ -2,6 +2,7 @@
 // own metabase in. The objects answer as the directory service of a real server does.
 #pragma once
 
+#include <chrono>
 #include <functional>
 #include <memory>
 #include <optional>
@@ -29,6 +30,10 @@ using LocateMetabase = std::function<std::optional<std::string>(std::string_view
 // What setInfo commits is appended to MetaBase.xml.journal and gets into the file when the provider is
 // destroyed, or when the journal has grown as long as the file. A metabase that is only read is never
 // written.
-std::unique_ptr<Metabase> makeFileMetabase(LocateMetabase locate);
+//
+// Whether another program has changed a file is looked at by every bind and commit, or with a patience only
+// after so long; the first commit and the writing of a new file always look. So a patience never costs
+// another program's change, it is just seen a moment later.
+std::unique_ptr<Metabase> makeFileMetabase(LocateMetabase locate, std::chrono::microseconds patience = {});
 
 }  // namespace trelvin

@@ -49,23 +49,40 @@ bool MetabaseStore::isUnchanged(const FileIdentity& now) {
   return true;
 }
 
+bool MetabaseStore::hasLookedLately() const {
+  return patience_.count() > 0 && std::chrono::steady_clock::now() - lookedAt_ < patience_;
+}
+
 const std::shared_ptr<Tree>& MetabaseStore::refresh() {
-  if (!refreshIfThere()) throw Failure(error_number::kServerUnavailable, path_ + " is not there any more.");
+  if (tree_ == nullptr || !hasLookedLately()) look();
   return tree_;
 }
 
 bool MetabaseStore::refreshIfThere() {
+  return (tree_ != nullptr && hasLookedLately()) || lookIfThere();
+}
+
+void MetabaseStore::look() {
+  if (!lookIfThere()) throw Failure(error_number::kServerUnavailable, path_ + " is not there any more.");
+}
+
+bool MetabaseStore::lookIfThere() {
+  lookedAt_ = {};
   const std::optional<FileIdentity> now = identityOf(path_);
   if (!now) return false;
   if (tree_ != nullptr && isUnchanged(*now)) {
     identity_.mode = now->mode;
-    if (journalIsUnchanged()) return true;
+    if (journalIsUnchanged()) {
+      lookedAt_ = std::chrono::steady_clock::now();
+      return true;
+    }
   } else if (journal_ != nullptr) {
     throw Failure(error_number::kMetabaseUnreadable,
                   path_ + " was changed by another program while changes wait in " + journalPath_ +
                       ". Put the former file back to keep them, or remove the journal to do without.");
   }
   load();
+  lookedAt_ = std::chrono::steady_clock::now();
   return true;
 }
 
@@ -81,7 +98,11 @@ void MetabaseStore::load() {
 }
 
 const std::shared_ptr<Tree>& MetabaseStore::prepareCommit() {
-  refresh();
+  if (journal_ == nullptr) {
+    look();
+  } else {
+    refresh();
+  }
   if (journal_ == nullptr || (identity_.mode & 0222U) == 0) requireWritableFile(path_, identity_);
   return tree_;
 }
@@ -119,7 +140,7 @@ void MetabaseStore::checkpoint() {
 }
 
 void MetabaseStore::writeNewFile() {
-  refresh();
+  look();
   const std::vector<char> source = readWhole(path_);
   const std::string_view text(source.data(), source.size());
   if (FileState{source.size(), fingerprintOf(text)} != state_) {

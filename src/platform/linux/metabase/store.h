@@ -1,6 +1,7 @@
 // A server's metabase: its file, the journal beside it, and the tree that both amount to.
 #pragma once
 
+#include <chrono>
 #include <cstdint>
 #include <memory>
 #include <optional>
@@ -18,8 +19,9 @@ namespace trelvin {
 // behind.
 class MetabaseStore {
  public:
-  // Nothing is read before refresh.
-  explicit MetabaseStore(std::string path) : path_(std::move(path)), journalPath_(journalPathOf(path_)) {}
+  // Nothing is read before refresh. A look at the disk is good for as long as the patience.
+  MetabaseStore(std::string path, std::chrono::microseconds patience)
+      : path_(std::move(path)), journalPath_(journalPathOf(path_)), patience_(patience) {}
   MetabaseStore(const MetabaseStore&) = delete;
   MetabaseStore& operator=(const MetabaseStore&) = delete;
   ~MetabaseStore() { close(); }
@@ -32,6 +34,8 @@ class MetabaseStore {
   const std::shared_ptr<Tree>& refresh();
   // The same, but false when the file is gone.
   bool refreshIfThere();
+  // The same, whenever the last look was.
+  void look();
   // The tree as it was read last.
   [[nodiscard]] const std::shared_ptr<Tree>& tree() const { return tree_; }
 
@@ -47,6 +51,8 @@ class MetabaseStore {
   void close() noexcept;
 
  private:
+  bool lookIfThere();
+  [[nodiscard]] bool hasLookedLately() const;
   void load();
   void writeNewFile();
   [[nodiscard]] bool isUnchanged(const FileIdentity& now);
@@ -55,6 +61,8 @@ class MetabaseStore {
   std::string path_;
   std::string journalPath_;
   std::shared_ptr<Tree> tree_;
+  std::chrono::microseconds patience_;
+  std::chrono::steady_clock::time_point lookedAt_;
   FileIdentity identity_;
   FileState state_;
   JournalContent found_;              // the journal as it was when the tree was read
