@@ -11,7 +11,7 @@ namespace trelvin::test {
 
 using ::testing::AnyOf;
 using ::testing::ElementsAre;
-using HasSubstr;
+using ::testing::HasSubstr;
 
 constexpr const char* kJournal = "MetaBase.xml.journal";
 
