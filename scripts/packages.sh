@@ -9,6 +9,13 @@ readonly kBuildPackages=(
   unixodbc-dev unixodbc odbcinst libsqliteodbc sqlite3  # the databases
   libgtest-dev libgmock-dev                           # the tests
 )
+# To try the program on the database servers that it can store into. The tests run private ones of their own; Debian
+# starts one of PostgreSQL for the system when it installs it, which nothing here uses.
+# shellcheck disable=SC2034
+readonly kServerPackages=(
+  mariadb-server-core mariadb-client-core odbc-mariadb
+  postgresql odbc-postgresql
+)
 # To check the layout of the sources as well.
 # shellcheck disable=SC2034
 readonly kCheckPackages=(clang-format)

@@ -44,8 +44,12 @@ runTests() {
 }
 
 heading "Packages"
-installMissing "${kBuildPackages[@]}" "${kCheckPackages[@]}"
+installMissing "${kBuildPackages[@]}" "${kServerPackages[@]}" "${kCheckPackages[@]}"
 echo "Complete."
+# Without the servers their tests would be skipped; where they could be installed they are not to be.
+if command -v apt-get >/dev/null; then
+  export TRELVIN_REQUIRE_SERVERS=1
+fi
 
 checkLayout || failed+=("layout of the sources")
 for preset in "${presets[@]}"; do

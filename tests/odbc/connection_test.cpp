@@ -1,34 +1,16 @@
 #include <dlfcn.h>
 #include <gtest/gtest.h>
 
-#include <cstdlib>
 #include <string>
 
+#include "fakes/scoped_variable.h"
 #include "odbc/store_fixture.h"
 
 namespace trelvin {
 namespace {
 
 using test::failureOf;
-
-// Gives an environment variable a value for the length of a test.
-class ScopedVariable {
- public:
-  ScopedVariable(const char* name, const std::string& value) : name_(name) {
-    const char* old = std::getenv(name);
-    if (old != nullptr) old_ = old;
-    wasSet_ = old != nullptr;
-    setenv(name, value.c_str(), 1);
-  }
-  ScopedVariable(const ScopedVariable&) = delete;
-  ScopedVariable& operator=(const ScopedVariable&) = delete;
-  ~ScopedVariable() { wasSet_ ? setenv(name_, old_.c_str(), 1) : unsetenv(name_); }
-
- private:
-  const char* name_;
-  std::string old_;
-  bool wasSet_ = false;
-};
+using test::ScopedVariable;
 
 class OdbcConnectionTest : public test::StoreTest {};
 

@@ -3,6 +3,7 @@
 #include <fcntl.h>
 #include <grp.h>
 #include <signal.h>
+#include <sys/prctl.h>
 #include <sys/wait.h>
 #include <unistd.h>
 
@@ -54,7 +55,8 @@ std::string wholeOf(int file) {
                      ::chdir(options.currentFolder.c_str()) == 0;
   const bool lessRights = !options.asOrdinaryUser || ::geteuid() != 0 ||
                           (::setgroups(0, nullptr) == 0 && ::setgid(kNobody) == 0 && ::setuid(kNobody) == 0);
-  ::signal(SIGPIPE, SIG_DFL);  // whoever runs the tests may ignore it
+  ::prctl(PR_SET_PDEATHSIG, options.endSignal);  // after the change of user, which takes it back
+  ::signal(SIGPIPE, SIG_DFL);                    // whoever runs the tests may ignore it
   if (ready && lessRights) ::execv(argv[0], const_cast<char* const*>(argv));
   ::_exit(127);
 }
@@ -62,7 +64,8 @@ std::string wholeOf(int file) {
 }  // namespace
 
 RunningProcess::RunningProcess(const Options& options)
-    : output_(options.outputDescriptor < 0 ? nameless() : ::dup(options.outputDescriptor)),
+    : endSignal_(options.endSignal),
+      output_(options.outputDescriptor < 0 ? nameless() : ::dup(options.outputDescriptor)),
       error_(nameless()) {
   ::setenv("TRELVIN_NETWORK", options.network.c_str(), 1);
   ::setenv("LC_ALL", "C", 1);
@@ -78,7 +81,7 @@ RunningProcess::RunningProcess(const Options& options)
 
 RunningProcess::~RunningProcess() {
   if (process_ > 0) {
-    kill();
+    ::kill(process_, endSignal_);
     ::waitpid(process_, nullptr, 0);
   }
   if (output_ >= 0) ::close(output_);

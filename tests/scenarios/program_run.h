@@ -3,6 +3,7 @@
 
 #include <sys/types.h>
 
+#include <csignal>
 #include <filesystem>
 #include <map>
 #include <string>
@@ -32,6 +33,8 @@ class RunningProcess {
     bool asOrdinaryUser = false;
     // Standard output goes into this descriptor instead of a file that result() reads.
     int outputDescriptor = -1;
+    // What the process gets when its owner goes, or the tests themselves do.
+    int endSignal = SIGKILL;
   };
   explicit RunningProcess(const Options& options);
   RunningProcess(const RunningProcess&) = delete;
@@ -43,6 +46,7 @@ class RunningProcess {
 
  private:
   pid_t process_ = -1;
+  int endSignal_ = SIGKILL;
   int output_ = -1;
   int error_ = -1;
 };

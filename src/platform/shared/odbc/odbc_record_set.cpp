@@ -89,9 +89,12 @@ bool OdbcRecordSet::fetch(SQLSMALLINT orientation) {
   return checkStatement(SQLFetchScroll(statement_.get(), orientation, 0), statement_.get(), driver_);
 }
 
+// A set whose rows can't be had any more, because the server went away, is at its end: else a loop that
+// ignores failures would never leave it.
 void OdbcRecordSet::moveTo(SQLSMALLINT orientation) {
   row_.clear();
-  position_ = fetch(orientation) ? Position::kOnRow : Position::kBehindLast;
+  position_ = Position::kBehindLast;
+  if (fetch(orientation)) position_ = Position::kOnRow;
 }
 
 void OdbcRecordSet::close() {

@@ -19,16 +19,23 @@ SQLCHAR* mutableText(std::string& text) {
   return reinterpret_cast<SQLCHAR*>(text.data());
 }
 
-DriverKind kindOf(SQLHANDLE connection) {
+// The product's name of itself; empty when it gives none.
+std::string productOf(SQLHANDLE connection) {
   std::array<SQLCHAR, 64> name{};
   SQLSMALLINT length = 0;
   const auto size = static_cast<SQLSMALLINT>(name.size());
-  if (!SQL_SUCCEEDED(SQLGetInfo(connection, SQL_DBMS_NAME, name.data(), size, &length))) {
-    return DriverKind::kTellsStates;
-  }
-  return containsIgnoringCase(reinterpret_cast<const char*>(name.data()), "SQLite")
-             ? DriverKind::kSqlite
-             : DriverKind::kTellsStates;
+  if (!SQL_SUCCEEDED(SQLGetInfo(connection, SQL_DBMS_NAME, name.data(), size, &length))) return {};
+  return reinterpret_cast<const char*>(name.data());
+}
+
+// What has to be said to a server first, so that it takes statements as the others do. MariaDB takes a
+// backslash within a literal for the beginning of an escape, which would spoil every path without a word, and
+// orders texts by the first kilobyte of their sort keys, which is less than a path may have. Longer keys take
+// a larger buffer than a server may have been given.
+std::string_view settingsFor(std::string_view product) {
+  if (!containsIgnoringCase(product, "MariaDB") && !containsIgnoringCase(product, "MySQL")) return {};
+  return "SET SESSION sql_mode = CONCAT(@@SESSION.sql_mode, ',NO_BACKSLASH_ESCAPES'), "
+         "SESSION max_sort_length = 65536, SESSION sort_buffer_size = 16777216";
 }
 
 Failure openFailure(const DriverConnection& target, const std::string& description) {
@@ -54,9 +61,11 @@ OdbcSession::OdbcSession(std::shared_ptr<OdbcEnvironment> environment, const Dri
   }
   connect(target);
   try {
-    driver_ = kindOf(connection_.get());
+    const std::string product = productOf(connection_.get());
+    if (containsIgnoringCase(product, "SQLite")) driver_ = DriverKind::kSqlite;
     if (!statement_.allocate(connection_.get())) throw connectionFailure(SQL_HANDLE_DBC, connection_.get());
-    probe(target);
+    executeFirst(settingsFor(product), target);
+    executeFirst(target.probe, target);
   } catch (...) {
     // The destructor does not run for an object that was never finished.
     statement_.reset();
@@ -81,10 +90,10 @@ void OdbcSession::connect(const DriverConnection& target) {
   }
 }
 
-void OdbcSession::probe(const DriverConnection& target) {
-  if (target.probe.empty()) return;
+void OdbcSession::executeFirst(std::string_view sql, const DriverConnection& target) {
+  if (sql.empty()) return;
   try {
-    execute(target.probe);
+    execute(sql);
   } catch (const Failure& failure) {
     throw openFailure(target, failure.description());
   }

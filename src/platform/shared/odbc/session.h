@@ -33,7 +33,8 @@ class OdbcSession {
 
  private:
   void connect(const DriverConnection& target);
-  void probe(const DriverConnection& target);
+  // Runs a statement, if there is one, that the opening depends on.
+  void executeFirst(std::string_view sql, const DriverConnection& target);
 
   std::shared_ptr<OdbcEnvironment> environment_;
   OdbcHandle<SQL_HANDLE_DBC> connection_;
