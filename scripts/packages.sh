@@ -7,6 +7,8 @@ readonly kBuildPackages=(
   g++ cmake ninja-build
   libpugixml-dev                                      # the metabase file
   unixodbc-dev unixodbc odbcinst libsqliteodbc sqlite3  # the databases
+  qt6-base-dev                                        # the window
+  xvfb xauth xdotool fonts-dejavu-core                # a screen for the window's tests
   libgtest-dev libgmock-dev                           # the tests
 )
 # To try the program on the database servers that it can store into. The tests run private ones of their own; Debian

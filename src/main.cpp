@@ -1,4 +1,4 @@
-// Picks the platform set, starts the welcome form and stays as long as a form is up.
+// Picks the platform set, then runs the job that is asked for, without a window, or opens the window.
 #include <clocale>
 #include <cstdio>
 #include <iostream>
@@ -8,7 +8,10 @@
 #include "core/reporting.h"
 #include "core/run_state.h"
 #include "core/start_up.h"
+#include "desktop/qt/run_desktop.h"
 #include "platform/linux/linux_platform.h"
+#include "platform/linux/paths.h"
+#include "platform/platform.h"
 #include "window/frm_main.h"
 
 namespace {
@@ -22,19 +25,26 @@ void mirrorOutputList() {
   frmMain.lstOutput.onAddItem = [](const std::string& line) { std::cout << line << std::endl; };
 }
 
-// What a window's loop would do: without one nobody can ever touch the forms that are still up.
-int endWithoutWindow() {
+// A job runs within the load of the welcome form and takes all forms down when it is done.
+int runJob() {
+  mirrorOutputList();
+  loadWelcomeForm();
   if (!anyFormLoaded()) return 0;
-  if (!run.bRunBackup) {
-    unloadForm(frmMain);
-    std::cerr << "trelvin: there is no display to open a window on, and no job was asked for (-RUNBACKUP)\n";
-    return kFailed;
-  }
   std::cerr << "trelvin: the job could not be run; Trelvin.log in the current folder tells why\n";
   const bool jobWasReached = run.bRunSilent;
   unloadForm(frmMain);
   // A job that was run ends with 0 whatever came of it: its log is what tells.
   return jobWasReached ? 0 : kFailed;
+}
+
+int runWindow(char** argv) {
+  if (!desktop::hasDisplay()) {
+    std::cerr << "trelvin: there is no display to open a window on, and no job was asked for (-RUNBACKUP)\n";
+    return kFailed;
+  }
+  const Paths paths = Paths::ofProgram(executableFolder());
+  return desktop::runDesktop(argv, {.toNative = [&](std::string_view path) { return paths.nativePath(path); },
+                                    .fromNative = windowsPath});
 }
 
 }  // namespace
@@ -45,10 +55,8 @@ int main(int argc, char** argv) {
   std::setlocale(LC_TIME, "");
   std::setlocale(LC_MESSAGES, "");
   useLinuxPlatform(argc, argv, [](std::string_view line) { attempt([&] { writeLog(line); }); });
-  mirrorOutputList();
   try {
-    loadWelcomeForm();
-    return endWithoutWindow();
+    return asksForJob(platform().application->commandLine()) ? runJob() : runWindow(argv);
   } catch (const Failure& failure) {
     std::cerr << "Run-time error '" << failure.number() << "': " << failure.description() << '\n';
     return kFailed;

@@ -105,9 +105,8 @@ void openForUse() {
   frmMain.optExportFile.setValue(false);
 }
 
-// The controls of the machine that stand on the form from the beginning.
+// The two controls that stand on the form from the beginning.
 void placeControls() {
-  if (platform().sockets) frmMain.wsck1.place(*platform().sockets);
   if (!platform().createNtfsControl) return;
   frmMain.NTFSCtl1.object = platform().createNtfsControl();
   frmMain.NTFSCtl2.object = platform().createNtfsControl();
@@ -169,6 +168,7 @@ void frmMain_Resize() {
 void frmMain_Unload() {
   handled("frmMain_Unload Error ", [] {
     writeLog("Closing...");
+    constexpr std::int32_t kSocketClosed = 0;
     if (frmMain.wsck1.state() != kSocketClosed) frmMain.wsck1.close();
     for (Form* form : allForms()) {
       form->loaded = false;
@@ -192,6 +192,13 @@ void unloadForm(Form& form) {
 bool anyFormLoaded() {
   const auto forms = allForms();
   return std::any_of(forms.begin(), forms.end(), [](const Form* form) { return form->loaded; });
+}
+
+void endWithRunTimeError(const Failure& failure) {
+  platform().dialogs->showMessage(
+      {.text = "Run-time error '" + std::to_string(failure.number()) + "':\r\n\r\n" + failure.description(),
+       .icon = Icon::kExclamation});
+  platform().application->end(1);
 }
 
 void mnuExit_Click() {

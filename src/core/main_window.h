@@ -3,6 +3,7 @@
 
 namespace trelvin {
 
+class Failure;
 class Form;
 
 // Loads the main window if it isn't loaded, and shows it. A job that was asked for runs within the load, and
@@ -13,6 +14,9 @@ void showMainWindow();
 // Runs the form's unload and marks it as gone.
 void unloadForm(Form& form);
 bool anyFormLoaded();
+// What becomes of a failure that no handler has met: the platform's message, and the end of the process with
+// status 1.
+void endWithRunTimeError(const Failure& failure);
 
 void frmMain_Load();
 void frmMain_Resize();

@@ -6,7 +6,6 @@
 #include <string_view>
 
 #include "core/err.h"
-#include "core/helpers.h"
 #include "core/main_window.h"
 #include "core/run_state.h"
 #include "core/text.h"
@@ -40,8 +39,12 @@ void takeValue(const std::string& token, Mode mode) {
   if (mode == Mode::kBackupJob) run.sBackupJob = jobPath(token);
 }
 
+bool isRunBackup(const std::string& token) {
+  return isSwitch(token, "RUNBACKUP") || equalsIgnoringCase(token, "RUNBACKUP");
+}
+
 void takeToken(const std::string& token, Mode& mode) {
-  if (isSwitch(token, "RUNBACKUP") || equalsIgnoringCase(token, "RUNBACKUP")) {
+  if (isRunBackup(token)) {
     run.bRunBackup = true;
   } else if (isSwitch(token, "C")) {
     mode = Mode::kConnectionString;
@@ -85,7 +88,10 @@ void openMainWindow() {
 void loadWelcomeForm() {
   wireWelcomeForm();
   frmSplash.loaded = true;
-  resumed(kLoadLabel, [] { frmSplash.lblAbout.caption = "Trelvin Utility v" + programVersion(); });
+  resumed(kLoadLabel, [] {
+    frmSplash.lblAbout.caption = "Trelvin Utility v" + std::to_string(TRELVIN_VERSION_MAJOR) + "." +
+                                 std::to_string(TRELVIN_VERSION_MINOR);
+  });
   run.bSkipFilters = true;
   std::string commandLine;
   resumed(kLoadLabel, [&] { commandLine = platform().application->commandLine(); });
@@ -96,6 +102,11 @@ void loadWelcomeForm() {
   parse(commandLine);
   resumed(kLoadLabel, [] { openMainWindow(); });
   resumed(kLoadLabel, [] { unloadForm(frmSplash); });
+}
+
+bool asksForJob(std::string_view commandLine) {
+  const auto tokens = split(commandLine, ' ');
+  return std::any_of(tokens.begin(), tokens.end(), isRunBackup);
 }
 
 void cmdContinue_Click() {

@@ -1,7 +1,6 @@
 #include "transfer/target_server.h"
 
 #include "core/err.h"
-#include "core/helpers.h"
 #include "core/reporting.h"
 #include "core/run_state.h"
 #include "metabase/paths.h"
@@ -15,7 +14,8 @@ namespace trelvin {
 namespace {
 
 std::string stamp() {
-  return "Trelvin: This web site was exported using Trelvin v" + programVersion();
+  return "Trelvin: This web site was exported using Trelvin v" + std::to_string(TRELVIN_VERSION_MAJOR) + "." +
+         std::to_string(TRELVIN_VERSION_MINOR);
 }
 
 void reportUnreachableTarget() {

@@ -251,7 +251,7 @@ TEST_F(MainWindowTest, EverythingButPermissionsIsAvailableAfterTheLoad) {
   for (const Control* control : frmMain.controls()) {
     const bool expected = control != &frmMain.chkSetFilePerms && control != &frmMain.chkFastPermissions &&
                           control != &frmMain.cmdExportFile && control != &frmMain.timExit &&
-                          control != &frmMain.syncPermTimer && control != &frmMain.timAd1;
+                          control != &frmMain.syncPermTimer;
     EXPECT_EQ(control->enabled, expected) << control->name;
   }
 }
@@ -369,6 +369,14 @@ TEST_F(MainWindowTest, AFailureOfTheExitCommandIsLogged) {
   };
   frmMain.mnuExit.onClick();
   EXPECT_EQ(logLines().back(), "frmMain_mnuExit Error 75 Path/File access error");
+}
+
+TEST_F(MainWindowTest, AFailureThatNoHandlerMeetsIsShownAndEndsTheProcess) {
+  EXPECT_THROW(endWithRunTimeError(Failure(91)), ProcessEnded);
+  ASSERT_EQ(dialogs->shown.size(), 1U);
+  EXPECT_EQ(dialogs->shown[0].text,
+            "Run-time error '91':\r\n\r\nObject variable or With block variable not set");
+  EXPECT_EQ(dialogs->shown[0].icon, Icon::kExclamation);
 }
 
 TEST_F(MainWindowTest, AWindowThatIsLoadedIsOnlyShownAgain) {

@@ -40,6 +40,14 @@ TEST(RunStateTest, IsAllFalseNoughtOrEmptyUntilItIsSet) {
   EXPECT_EQ(fresh.sProxyServer, "");
 }
 
+TEST(CommandLineTest, AsksForAJobWithTheSwitchInAnyOfItsFormsAndAnywhere) {
+  for (const char* line :
+       {"-RUNBACKUP", "/runbackup", "RunBackup", "-D -B x.job -RunBackup", "-C a -RUNBACKUP b"})
+    EXPECT_TRUE(asksForJob(line)) << line;
+  for (const char* line : {"", " ", "-D", "-B runbackup.job", "--RUNBACKUP", "-RUNBACKUPS"})
+    EXPECT_FALSE(asksForJob(line)) << line;
+}
+
 TEST_F(StartUpTest, AnEmptyCommandLineShowsTheWelcomeFormAndWaits) {
   start("");
   EXPECT_TRUE(frmSplash.loaded);

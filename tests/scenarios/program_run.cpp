@@ -69,6 +69,9 @@ RunningProcess::RunningProcess(const Options& options)
       error_(nameless()) {
   ::setenv("TRELVIN_NETWORK", options.network.c_str(), 1);
   ::setenv("LC_ALL", "C", 1);
+  // Whoever runs the tests may sit at a screen of his own.
+  for (const char* screen : {"DISPLAY", "WAYLAND_DISPLAY", "QT_QPA_PLATFORM"}) ::unsetenv(screen);
+  for (const auto& [name, value] : options.environment) ::setenv(name.c_str(), value.c_str(), 1);
   std::vector<const char*> argv{options.executable.c_str()};
   for (const std::string& argument : options.arguments) argv.push_back(argument.c_str());
   argv.push_back(nullptr);

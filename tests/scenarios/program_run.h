@@ -31,6 +31,8 @@ class RunningProcess {
     std::filesystem::path currentFolder;
     std::filesystem::path network;
     bool asOrdinaryUser = false;
+    std::map<std::string, std::string>
+        environment{};  // beside what the tests run in; there is no screen in it
     // Standard output goes into this descriptor instead of a file that result() reads.
     int outputDescriptor = -1;
     // What the process gets when its owner goes, or the tests themselves do.

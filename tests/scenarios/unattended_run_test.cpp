@@ -223,6 +223,21 @@ TEST_F(UnattendedRun, IsNotStartedByAnEmptyCommandLine) {
   EXPECT_FALSE(folder.has("program/BackupJobs"));
 }
 
+TEST_F(UnattendedRun, IsNotStoppedByAScreenThatCantBeReached) {
+  RunningProcess::Options withScreen = options({"-RUNBACKUP", "-B", "Z:\\no\\such.job"});
+  withScreen.environment = {{"DISPLAY", ":4095"}, {"QT_QPA_PLATFORM", "no such platform"}};
+  expectUnloaded(RunningProcess(withScreen).wait());
+}
+
+TEST_F(UnattendedRun, EndsInOrderWhereTheWindowIsWantedAndTheScreenCantBeReached) {
+  RunningProcess::Options withScreen = options({});
+  withScreen.environment = {{"DISPLAY", ":4095"}, {"QT_QPA_PLATFORM", "xcb"}};
+  const ProcessResult result = RunningProcess(withScreen).wait();
+  EXPECT_EQ(result.exitCode, 1);
+  EXPECT_EQ(result.signal, 0);
+  EXPECT_THAT(result.standardError, HasSubstr("the window could not be opened"));
+}
+
 TEST_F(UnattendedRun, IsNotStartedByUnknownWords) {
   const ProcessResult result = runProgram({"--help"});
   EXPECT_EQ(result.exitCode, 1);

@@ -1,0 +1,71 @@
+// A window after its layout: the widgets, their places, and the form that they show.
+#pragma once
+
+#include <QMainWindow>
+#include <functional>
+#include <memory>
+#include <string>
+#include <vector>
+
+#include "desktop/layout.h"
+#include "desktop/qt/control_view.h"
+
+class QBoxLayout;
+class QLabel;
+class QLayout;
+
+namespace trelvin::desktop {
+
+class WindowView : public QMainWindow {
+ public:
+  // A person's wish to take the window away is passed on as a touch; the window itself stays.
+  WindowView(const Window& window, Touches& touches, std::function<void()> onClose);
+  ~WindowView() override;
+
+  // Brings over what has changed in the form since the last call.
+  void draw();
+
+ protected:
+  void closeEvent(QCloseEvent* event) override;
+  void keyPressEvent(QKeyEvent* event) override;
+  void resizeEvent(QResizeEvent* event) override;
+
+ private:
+  // Words that the form has no control for.
+  struct WordsFor {
+    QLabel* words;
+    QWidget* widget;
+  };
+
+  void makeMenus();
+  void makeBars();
+  void makeTimers();
+  template <typename Kind>
+  Kind& controlOf(const std::string& name) const;
+  [[nodiscard]] QWidget* widgetOf(const std::string& control) const;
+
+  QLayout* layoutFor(const Place& place, QWidget& parent);
+  QLayout* boxFor(const Place& place, QWidget& parent);
+  QLayout* stackFor(const Place& place, QWidget& parent);
+  void putInto(QBoxLayout& box, const Place& place, QWidget& parent);
+  QWidget* makeWidget(const Place& place, QWidget& parent);
+  void putWords(QBoxLayout& box, const std::string& caption, QWidget& widget);
+
+  void bindLabels();
+  void nameForHearing();
+  void orderTabs();
+  void press(const std::string& button);
+  void drawSize();
+
+  Form& form_;
+  WindowLayout layout_;
+  std::function<FormSize()> size_;
+  std::function<void(FormSize)> afterResize_;
+  Touches& touches_;
+  std::function<void()> onClose_;
+  FormSize drawnSize_;
+  std::vector<std::unique_ptr<ControlView>> views_;
+  std::vector<WordsFor> words_;
+};
+
+}  // namespace trelvin::desktop
