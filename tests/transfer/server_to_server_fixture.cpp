@@ -84,6 +84,13 @@ void ServerToServer::map(const std::string& oldText, const std::string& newText)
   frmMain.lstNewValues.addItem(newText);
 }
 
+void ServerToServer::giveDirectoriesAPath(const std::string& server) const {
+  folder.write("network/" + server + "/C$/WINDOWS/system32/inetsrv/MBSchema.xml",
+               "<MetaData><DatabaseMeta><Collection InternalName=\"IIsWebDirectory\">"
+               "<Property InheritsPropertiesFrom=\"IIsConfigObject:Path\"/>"
+               "</Collection></DatabaseMeta></MetaData>");
+}
+
 void ServerToServer::press(std::initializer_list<Answer> furtherAnswers) {
   dialogs->answers.assign(1, Answer::kOk);
   if (run.dblEXIISVer == 6 && run.dblIMIISVer != 6) dialogs->answers.push_back(Answer::kNo);

@@ -43,6 +43,9 @@ class ServerToServer : public ExportTest {
   static void chooseVersions(int from, int to);
   static void map(const std::string& oldText, const std::string& newText);
 
+  // Makes the schema of a server that is not in use yet give plain directories a path, too.
+  void giveDirectoriesAPath(const std::string& server) const;
+
   // Selects lines and presses the button, as a person who answers the long warning with OK, declines the pair
   // for the Windows folder, and then answers what is given.
   void exportSites(std::initializer_list<int> lines, std::initializer_list<Answer> furtherAnswers = {});

@@ -219,11 +219,7 @@ TEST_F(TreeToServer, KeepsADirectoryThatIsThere) {
 class DirectoryWithPath : public TreeToServer {
  protected:
   void openTree(const std::string& nodes) {
-    constexpr const char* kSchema =
-        "<MetaData><DatabaseMeta><Collection InternalName=\"IIsWebDirectory\">"
-        "<Property InheritsPropertiesFrom=\"IIsConfigObject:Path\"/>"
-        "</Collection></DatabaseMeta></MetaData>";
-    folder.write("network/WEB1/C$/WINDOWS/system32/inetsrv/MBSchema.xml", kSchema);
+    giveDirectoriesAPath("WEB1");
     TreeToServer::openTree(nodes);
   }
 };
