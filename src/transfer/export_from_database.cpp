@@ -31,6 +31,7 @@ class DatabaseToServerRun {
   void createSite(std::int32_t index);
   static void openRows(std::int32_t index);
   void finishRows();
+  void stampRoot();
   void setBindings(const char* what, const ListControl& list, const char* property);
 
   std::int16_t siteCounter_ = 1;
@@ -51,10 +52,6 @@ bool rowsAreEmpty() {
 void addAndLog(const std::string& text) {
   attempt([&] { addOutput(text); });
   attempt([&] { writeLog(text); });
-}
-
-std::string cause() {
-  return "Error " + std::to_string(Err.number) + Err.description;
 }
 
 bool DatabaseToServerRun::exportSelection() {
@@ -85,7 +82,7 @@ bool DatabaseToServerRun::exportSite(std::int32_t index) {
   attempt([&] { rebuild_.target() = getObject(targetSitePath(iSiteNumber_)); });
   setBindings("IP", frmMain.lstNewIPs(0), "ServerBindings");
   setBindings("SSL IP", frmMain.lstNewSSLIPs(0), "SecureBindings");
-  stampSite(rebuild_.target(), iSiteNumber_);
+  stampRoot();
   startSite(iSiteNumber_);
   return true;
 }
@@ -107,6 +104,13 @@ bool DatabaseToServerRun::takeOriginalNumber(std::int32_t index) {
   attempt([&] { iSiteNumber_ = rows().field("LocalPath").toInteger(); });
   attempt([] { rows().close(); });
   return true;
+}
+
+// A site without a root gets no mark: its own node, which is bound until now, must not get it instead.
+void DatabaseToServerRun::stampRoot() {
+  NodeHandle root;
+  stampSite(root, iSiteNumber_);
+  if (root) rebuild_.target() = root;
 }
 
 void DatabaseToServerRun::beginSite(std::int32_t index) {
@@ -140,7 +144,7 @@ void DatabaseToServerRun::createSite(std::int32_t index) {
   if (Err.isSet()) {
     attempt([&] {
       writeLog("Error creating web site " + classWord("Server") + std::to_string(iSiteNumber_) + " " +
-               cause());
+               errorAndCause());
     });
   }
   Err.clear();
@@ -152,7 +156,7 @@ void DatabaseToServerRun::createSite(std::int32_t index) {
 void DatabaseToServerRun::openRows(std::int32_t index) {
   buildAndOpenDataRows([&] { return statements::siteRows(frmMain.lstSiteIndexes.list(index)); });
   Err.clear();
-  if (!holdsOrFails([] { return rowsAreEmpty(); })) attempt([] { rows().moveFirst(); });
+  if (holdsOrFails([] { return !rowsAreEmpty(); })) attempt([] { rows().moveFirst(); });
   attempt([] { frmMain.ProgressBar1.setMax(rows().recordCount()); });
   attempt([] { frmMain.ProgressBar1.setValue(0); });
 }
@@ -172,7 +176,7 @@ void DatabaseToServerRun::setBindings(const char* what, const ListControl& list,
   attempt([&] { reportProgress("Setting New " + kind + " addresses"); });
   Value counter;
   putBindings(rebuild_.target(), list, property, counter);
-  if (Err.isSet()) attempt([&] { writeLog("Error setting " + kind + "'s" + cause()); });
+  if (Err.isSet()) attempt([&] { writeLog("Error setting " + kind + "'s" + errorAndCause()); });
   Err.clear();
 }
 

@@ -391,8 +391,7 @@ void ServerToServerRun::transferBindings() {
     putBindings(oTarget_, frmMain.lstNewSSLIPs(0), "SecureBindings", bindingCounter_);
     if (Err.isSet()) {
       // Without blanks, and without the hexadecimal number: this line differs from the one above.
-      attempt(
-          [] { writeLog("Error setting SSL IP'sError " + std::to_string(Err.number) + Err.description); });
+      attempt([] { writeLog("Error setting SSL IP's" + errorAndCause()); });
       Err.clear();
     }
   }

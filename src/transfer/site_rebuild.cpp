@@ -52,10 +52,6 @@ RecordSet& rows() {
   return bound(frmMain.rsData);
 }
 
-std::string cause() {
-  return "Error " + std::to_string(Err.number) + Err.description;
-}
-
 // The platform has no other name for an object that is bound late.
 std::string typeNameOf(const NodeHandle& node) {
   return node ? "Object" : "Nothing";
@@ -87,7 +83,8 @@ bool SiteRebuild::writeRows(std::int16_t siteNumber) {
   });
   // Passing over a set that can't be read would never end, and writing what the row before left would ruin
   // properties: the rows are over then, and this is the one failure of the database that is told.
-  if (!isWhole) logAndClearIfErr([] { return "Error reading the stored rows of the site " + cause(); });
+  if (!isWhole)
+    logAndClearIfErr([] { return "Error reading the stored rows of the site " + errorAndCause(); });
   return !isCancelled;
 }
 
@@ -183,23 +180,26 @@ void SiteRebuild::setPath(const NodeWords& words) {
     attempt([] { writeLog("Calling GetDir "); });
     attempt([&] { writeLog(getNewDir(sLocation_)); });
   }
-  if (!holdsOrFails([&] { return getNewDir(sLocation_).empty(); })) {
+  if (holdsOrFails([&] { return !getNewDir(sLocation_).empty(); })) {
     attempt([&] { bound(oNode_).put("Path", applyFindReplace(getNewDir(sLocation_))); });
     attempt([&] { bound(oNode_).setInfo(); });
   }
   logAndClearIfErr([&] {
-    const std::string line = words.pathError + sLocation_ + cause();
+    const std::string line = words.pathError + sLocation_ + errorAndCause();
     return words.isVirtual ? line + " - " + typeNameOf(oNode_) : line;
   });
 }
 
+// The rows of plain directories have neither of the two columns: in process then, in the pool that is
+// inherited.
 void SiteRebuild::makeApplication(const NodeWords& words) {
   attempt([&] { oNode_ = getObject(nodePath()); });
   attempt([&] {
-    const Value inProcess = rows().field("AppInOutProc");
-    createApplication(oNode_, inProcess, rows().field("AppPoolName"), inProcess);
+    const Value stored = rows().field("AppInOutProc");
+    const Value inProcess = stored.isNull() ? Value(false) : stored;
+    createApplication(oNode_, inProcess, textOfField(rows(), "AppPoolName"), inProcess);
   });
-  logAndClearIfErr([&] { return words.applicationError + sLocation_ + cause(); });
+  logAndClearIfErr([&] { return words.applicationError + sLocation_ + errorAndCause(); });
 }
 
 // Each row has a bind and a commit of its own, so that a failure is its own too. Where the bind fails, the
@@ -212,7 +212,8 @@ void SiteRebuild::putProperty() {
   attempt([&] { oTarget_ = getObject(path); });
   attempt([&] { bound(oTarget_).put(row_.name, value); });
   attempt([&] { bound(oTarget_).setInfo(); });
-  logAndClearIfErr([&] { return "Error transfering Prop " + row_.name + cause() + path + row_.name; });
+  logAndClearIfErr(
+      [&] { return "Error transfering Prop " + row_.name + errorAndCause() + path + row_.name; });
 }
 
 }  // namespace trelvin

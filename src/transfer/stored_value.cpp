@@ -23,7 +23,7 @@ std::string swapped(const std::string& item) {
 // The items of a text that ends each of them with CR LF. What stands behind the last line end is lost, and a
 // text without any gives one empty item.
 Value listOf(const std::string& text, Rewrite rewrite) {
-  Value::List list(1);
+  Value::List list{Value("")};
   std::size_t counter = 0;
   std::size_t begin = 0;
   for (std::size_t end = text.find("\r\n"); end != std::string::npos; end = text.find("\r\n", begin)) {

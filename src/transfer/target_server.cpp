@@ -66,6 +66,10 @@ std::int16_t firstSiteNumber(const NodeHandle& service) {
   return integerOf(iHighestSite + 1.0);
 }
 
+std::string errorAndCause() {
+  return "Error " + std::to_string(Err.number) + Err.description;
+}
+
 bool beginAtTarget(std::int16_t& siteNumber) {
   NodeHandle service;
   connectToTarget(service);

@@ -31,6 +31,10 @@ std::int16_t firstSiteNumber(const NodeHandle& service);
 // run is over: the target can't be reached, and the buttons are back.
 bool beginAtTarget(std::int16_t& siteNumber);
 
+// "Error ", number and description of the error state, the latter two without a blank between them: how most
+// failure lines of these directions end.
+std::string errorAndCause();
+
 // Writes the new bindings of a list to a node; the counter is left as a loop leaves it.
 void putBindings(const NodeHandle& target, const ListControl& list, const char* property, Value& counter);
 

@@ -111,7 +111,7 @@ class TreeLevel {
 
   void logAndClear(const std::string& words) {
     if (!Err.isSet()) return;
-    const std::string cause = "Error " + std::to_string(Err.number) + Err.description;
+    const std::string cause = errorAndCause();
     attempt([&] { writeLog(words + targetName() + cause); });
     Err.clear();
   }

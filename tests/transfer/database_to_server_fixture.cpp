@@ -77,6 +77,8 @@ StoredRow DatabaseToServer::ofNode(const std::string& location, const std::strin
 }
 
 void DatabaseToServer::TearDown() {
+  databases.rule = nullptr;
+  metabase->rule = nullptr;
   if (before_.empty()) return;
   EXPECT_EQ(everyStoredRow(), before_) << "the run changed what is stored";
 }
@@ -133,6 +135,7 @@ void DatabaseToServer::listStored(int from, int to) {
   databases.calls.clear();
   output.clear();
   dialogs->shown.clear();
+  events->beeps = 0;
 }
 
 Rows DatabaseToServer::everyStoredRow() const {
