@@ -97,9 +97,10 @@ void DatabaseToServer::storeRow(int site, const StoredRow& row) const {
       kDataDatabase,
       "INSERT INTO Data (SiteNumber, Location, Name, Class, DataType, LocalPath, AppPath, AppInOutProc, "
       "AppPoolName, " +
-          std::string(columnOf(row.type)) + ") VALUES (" + std::to_string(site) + ", " + text(row.location) +
-          ", " + text(row.name) + ", " + nodeClass + ", " + std::to_string(row.type) + ", " + row.localPath +
-          ", " + row.appPath + ", " + row.inProcess + ", " + row.pool + ", " + row.value + ")");
+          std::string(columnOf(row.columnType != 0 ? row.columnType : row.type)) + ") VALUES (" +
+          std::to_string(site) + ", " + text(row.location) + ", " + text(row.name) + ", " + nodeClass + ", " +
+          std::to_string(row.type) + ", " + row.localPath + ", " + row.appPath + ", " + row.inProcess + ", " +
+          row.pool + ", " + row.value + ")");
 }
 
 int DatabaseToServer::storePlainSite(const std::string& name, const std::string& number) {

@@ -14,7 +14,8 @@ struct StoredRow {
   std::string name = "DefaultDoc";
   std::string nodeClass = "";  // Null when it is empty
   int type = 8;
-  std::string value = "'x.htm'";  // for the column of the type
+  std::string value = "'x.htm'";
+  int columnType = 0;  // the type whose column holds the value, when it isn't that of the row
   std::string localPath = "Null";
   std::string appPath = "''";
   std::string inProcess = "Null";
