@@ -62,5 +62,10 @@ TEST(ConnectionString, AdosNamesOfUserAndPasswordBecomeOdbcs) {
   EXPECT_EQ(driverManagerString("DSN=store;Password={a;b};"), "DSN=store;PWD={a;b};");
 }
 
+TEST(ConnectionString, APasswordWithASemicolonIsPutIntoBraces) {
+  EXPECT_EQ(driverManagerString("DSN=store;User Id=me;PASSWORD=a;b;"), "DSN=store;UID=me;PWD={a;b};");
+  EXPECT_EQ(driverManagerString("DSN=store;User Id=me;PASSWORD=a;b}c;"), "DSN=store;UID=me;PWD={a;b}}c};");
+}
+
 }  // namespace
 }  // namespace trelvin

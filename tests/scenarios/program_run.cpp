@@ -140,6 +140,20 @@ ProcessResult ScenarioTest::runJob(const std::vector<std::string>& furtherArgume
   return runProgram(arguments);
 }
 
+std::vector<std::string> ScenarioTest::words(const std::string& connection) {
+  std::vector<std::string> arguments{"-C"};
+  std::string word;
+  for (const char letter : connection + " ") {
+    if (letter != ' ') {
+      word += letter;
+    } else {
+      arguments.push_back(word);
+      word.clear();
+    }
+  }
+  return arguments;
+}
+
 std::string ScenarioTest::addJobText(const std::string& text) {
   folder.write("j.job", text);
   return jobArgument();

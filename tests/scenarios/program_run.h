@@ -63,6 +63,8 @@ class ScenarioTest : public ExportTest {
   ProcessResult runProgram(const std::vector<std::string>& arguments);
   ProcessResult runJob(const std::vector<std::string>& furtherArguments = {});
   [[nodiscard]] RunningProcess::Options options(const std::vector<std::string>& arguments) const;
+  // The switch -C with what it wants: the words of a connection string, split at blanks.
+  static std::vector<std::string> words(const std::string& connection);
 
   // Writes a job of the text, with line ends as Windows has them, and gives the argument that names it.
   std::string addJobText(const std::string& text);

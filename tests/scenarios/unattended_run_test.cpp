@@ -59,20 +59,6 @@ class UnattendedRun : public ScenarioTest {
     fs::copy_file(fs::path(TRELVIN_DATABASES) / "TrelvinData.mdb", programFolder() / "Other.mdb");
     return connectionTo("Other.mdb");
   }
-  // What -C wants: its words, split at blanks.
-  static std::vector<std::string> words(const std::string& connection) {
-    std::vector<std::string> arguments{"-C"};
-    std::string word;
-    for (const char letter : connection + " ") {
-      if (letter != ' ') {
-        word += letter;
-      } else {
-        arguments.push_back(word);
-        word.clear();
-      }
-    }
-    return arguments;
-  }
 };
 
 // A sound job.

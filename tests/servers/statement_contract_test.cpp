@@ -40,16 +40,6 @@ statements::PropertyRow propertyRow(const std::string& location, const std::stri
           .value = statements::quotedLiteral(text)};
 }
 
-std::string rowsOfSite(const std::string& site) {
-  return "SELECT * FROM DATA WHERE (SiteNumber = " + site + " AND " + statements::kReadableClasses +
-         ") ORDER BY Location, LocalPath DESC, ID ";
-}
-
-std::string nodeRowsOfSite(const std::string& site) {
-  return std::string("SELECT * FROM DATA WHERE Location = '' AND LocalPath IS NOT NULL AND ") +
-         statements::kReadableClasses + " AND SiteNumber = " + site;
-}
-
 class StatementContract : public StoreTest, public ::testing::WithParamInterface<const char*> {
  protected:
   void SetUp() override {
@@ -205,7 +195,7 @@ TEST_P(StatementContract, TreeRowsTakeTheIsolationAsANumberOrAsAWord) {
     onBoth(statements::addVirtualDirectoryTreeRow(row));
   }
   same("SELECT * FROM Data", kDataColumns);
-  EXPECT_EQ(sameTexts(rowsOfSite("1"), "AppInOutProc"),
+  EXPECT_EQ(sameTexts(statements::siteRows("1"), "AppInOutProc"),
             (Texts{"Null", "3:0", "3:1", "3:2", "3:-1", "3:1", "3:0"}));
 }
 
@@ -264,7 +254,7 @@ TEST_P(StatementContract, ASitesRowsComeParentFirstThenByNameDownwardsWithNullLa
   add("/ROOT/IMAGES", "''", "7");
   add("/ROOT", "'ROOT'", "8");
   add("", "NULL", "9");
-  EXPECT_EQ(sameTexts(rowsOfSite("1"), "Name"),
+  EXPECT_EQ(sameTexts(statements::siteRows("1"), "Name"),
             (Texts{"8:3", "8:5", "8:6", "8:9", "8:4", "8:8", "8:2", "8:7", "8:1"}));
 }
 
@@ -274,7 +264,7 @@ TEST_P(StatementContract, LocationsAreOrderedAsOnTheProgramsOwnFile) {
         "/ROOT/b", "/ROOT/Z", "/root/z/y", "/ROOT", "/ROOT/_private", "/ROOT/Aa", "", "/Filters"}) {
     onBoth(statements::addPropertyRow(propertyRow(location, "x", "Path", "IIsWebDirectory", location)));
   }
-  same(rowsOfSite("1"), {"Location"});
+  same(statements::siteRows("1"), {"Location"});
 }
 
 TEST_P(StatementContract, ANodeComesBeforeThoseBelowItInWhateverCaseAndScript) {
@@ -299,7 +289,7 @@ TEST_P(StatementContract, ANodeComesBeforeThoseBelowItInWhateverCaseAndScript) {
     server_->execute(statements::addPropertyRow(propertyRow(location, "x", "Path", "IIsWebDirectory", "x")));
   }
   Texts seen;
-  for (auto set = rowsOf(rowsOfSite("1"), *server_); !set->eof(); set->moveNext()) {
+  for (auto set = rowsOf(statements::siteRows("1"), *server_); !set->eof(); set->moveNext()) {
     const std::string location = upperCase(set->field("Location").toText());
     for (const std::string& earlier : seen) EXPECT_FALSE(earlier.starts_with(location + "/")) << location;
     seen.push_back(location);
@@ -317,7 +307,7 @@ TEST_P(StatementContract, TheRowsOfNodesWithAlikeNamesStayApart) {
   }
   int changes = 0;
   std::string current;
-  for (const std::string& location : rows(rowsOfSite("1"), {"Location"}, *server_)) {
+  for (const std::string& location : rows(statements::siteRows("1"), {"Location"}, *server_)) {
     if (location != current) ++changes;
     current = location;
   }
@@ -332,7 +322,7 @@ TEST_P(StatementContract, LocationsAreOrderedToTheirEndsHoweverLongTheyAre) {
       onBoth(statements::addPropertyRow(propertyRow(deep + end, "x", "Path", "IIsWebDirectory", end)));
     }
   }
-  EXPECT_EQ(sameTexts(rowsOfSite("1"), "StringValue"),
+  EXPECT_EQ(sameTexts(statements::siteRows("1"), "StringValue"),
             (Texts{"8:", "8:", "8:/a", "8:/a", "8:/a/b", "8:/a/b", "8:/b", "8:/b", "8:/c", "8:/c"}));
 }
 
@@ -340,16 +330,16 @@ TEST_P(StatementContract, ASitesNumberOfOriginIsFoundInTheFirstRowOfItsOwnNode) 
   onBoth(statements::addPropertyRow(propertyRow("/ROOT", "ROOT", "Path", "IIsWebVirtualDir", "x")));
   onBoth(statements::addPropertyRow(propertyRow("", "7", "ServerComment", "IIsWebServer", "x")));
   onBoth(statements::addStoredBindings(1, "", "ServerBindings", ":80:\r\n"));
-  auto set = rowsOf(nodeRowsOfSite("1"), *server_);
+  auto set = rowsOf(statements::siteNodeRows("1"), *server_);
   ASSERT_FALSE(set->eof());
   EXPECT_EQ(set->field("LocalPath").toText(), "7");
-  EXPECT_EQ(rowsOf(nodeRowsOfSite("1"), *file_)->field("LocalPath").toText(), "7");
+  EXPECT_EQ(rowsOf(statements::siteNodeRows("1"), *file_)->field("LocalPath").toText(), "7");
 }
 
 TEST_P(StatementContract, ASiteWithNothingButBindingsHasNoNumberOfOrigin) {
   onBoth(statements::addStoredBindings(1, "", "ServerBindings", ":80:\r\n"));
   onBoth(statements::addStoredBindings(1, "", "SecureBindings", ":443:\r\n"));
-  EXPECT_TRUE(same(nodeRowsOfSite("1"), kDataColumns).empty());
+  EXPECT_TRUE(same(statements::siteNodeRows("1"), kDataColumns).empty());
 }
 
 TEST_P(StatementContract, NewBindingsComeBehindThoseOfTheSource) {
@@ -362,7 +352,7 @@ TEST_P(StatementContract, NewBindingsComeBehindThoseOfTheSource) {
     source.value = statements::quotedLiteral("old\r\n");
     onBoth(statements::addPropertyRow(source));
     onBoth(statements::addStoredBindings(number, "", "ServerBindings", "new\r\n"));
-    EXPECT_EQ(sameTexts(rowsOfSite(std::to_string(number)), "ObjectValue"),
+    EXPECT_EQ(sameTexts(statements::siteRows(std::to_string(number)), "ObjectValue"),
               (Texts{"8:old\r\n", "8:new\r\n"}));
   }
 }

@@ -49,6 +49,12 @@ std::string_view odbcKeyword(std::string_view keyword) {
   return keyword;
 }
 
+// A password may hold a semicolon, and the program puts it into its string as it was typed.
+std::string braced(const std::string& value) {
+  if (value.find(';') == std::string::npos || value.starts_with('{')) return value;
+  return "{" + replaceAll(value, "}", "}}") + "}";
+}
+
 }  // namespace
 
 std::vector<Attribute> attributesOf(std::string_view connectionString) {
@@ -80,7 +86,7 @@ std::string driverManagerString(std::string_view connectionString) {
   if (!foreign) return std::string(text);
   std::string result;
   for (const auto& [keyword, value] : attributes) {
-    result.append(odbcKeyword(keyword)).append("=").append(value).append(";");
+    result.append(odbcKeyword(keyword)).append("=").append(braced(value)).append(";");
   }
   return result;
 }
