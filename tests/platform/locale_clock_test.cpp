@@ -3,10 +3,10 @@
 #include <gtest/gtest.h>
 
 #include <clocale>
-#include <cstdlib>
 #include <ctime>
+#include <optional>
 
-#include "fakes/temp_folder.h"
+#include "fakes/scoped_locale.h"
 
 namespace trelvin {
 namespace {
@@ -22,25 +22,14 @@ Date date(int year, int month, int day, int hour, int minute, int second) {
   return date;
 }
 
-// Puts a locale in force that the system need not have installed: it is compiled into a folder of the test's
-// own.
 class LocaleClockTest : public testing::Test {
  protected:
   bool use(const std::string& definition, const std::string& charset) {
-    const std::string name = definition + "." + charset;
-    const std::string command = "localedef --no-archive -i " + definition + " -f " + charset + " '" +
-                                (folder_ / name).string() + "' > /dev/null 2>&1";
-    if (std::system(command.c_str()) != 0) return false;
-    ::setenv("LOCPATH", folder_.path().c_str(), 1);
-    return std::setlocale(LC_TIME, name.c_str()) != nullptr;
-  }
-  void TearDown() override {
-    ::unsetenv("LOCPATH");
-    std::setlocale(LC_TIME, "C");
+    return locale_.emplace(LC_TIME, definition, charset).isInForce();
   }
 
   const Date evening_ = date(2006, 3, 9, 21, 5, 7);
-  test::TempFolder folder_;
+  std::optional<test::ScopedLocale> locale_;
   std::unique_ptr<Clock> clock_ = makeLocaleClock();
 };
 

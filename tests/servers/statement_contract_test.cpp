@@ -1,12 +1,14 @@
 // Every statement of the program means the same on a server as on the program's own file.
 #include <gtest/gtest.h>
 
+#include <clocale>
 #include <ctime>
 #include <functional>
 #include <string>
 #include <vector>
 
 #include "core/text.h"
+#include "fakes/scoped_locale.h"
 #include "odbc/store_fixture.h"
 #include "servers/server_fixture.h"
 #include "stores/statements.h"
@@ -392,6 +394,19 @@ TEST_P(StatementContract, TextsComeBackByteForByte) {
       EXPECT_EQ(storedAndRead(text, column), text) << column;
     }
   }
+}
+
+TEST_P(StatementContract, TextsAreTheSameToOthersWhateverTheLocale) {
+  const ScopedLocale locale(LC_CTYPE, "fr_FR", "ISO-8859-1");
+  if (!locale.isInForce()) GTEST_SKIP() << "localedef or its sources are not installed";
+  const std::string text =
+      "Gr\xC3\xB6\xC3\x9F"
+      "e \xE7\xB6\xB2\xE7\xAB\x99";
+  auto connection = databases_->createConnection();
+  connection->open(subject_.server.connectionString(subject_.database));
+  connection->execute(statements::addSite(text, "Web"));
+  EXPECT_EQ(fieldOf(statements::allSites(), "SiteName", *connection).toText(), text);
+  EXPECT_EQ(ask("SELECT SiteName FROM Sites"), text + "\n");
 }
 
 TEST_P(StatementContract, TextsOfEveryLengthAroundTheReadingBufferComeBackWhole) {

@@ -28,14 +28,18 @@ std::string productOf(SQLHANDLE connection) {
   return reinterpret_cast<const char*>(name.data());
 }
 
-// What has to be said to a server first, so that it takes statements as the others do. MariaDB takes a
-// backslash within a literal for the beginning of an escape, which would spoil every path without a word, and
-// orders texts by the first kilobyte of their sort keys, which is less than a path may have. Longer keys take
-// a larger buffer than a server may have been given.
+// What has to be said to a server first, so that it takes statements as the others do.
 std::string_view settingsFor(std::string_view product) {
-  if (!containsIgnoringCase(product, "MariaDB") && !containsIgnoringCase(product, "MySQL")) return {};
-  return "SET SESSION sql_mode = CONCAT(@@SESSION.sql_mode, ',NO_BACKSLASH_ESCAPES'), "
-         "SESSION max_sort_length = 65536, SESSION sort_buffer_size = 16777216";
+  // MariaDB takes a backslash within a literal for the beginning of an escape, which would spoil every path
+  // without a word, and orders texts by the first kilobyte of their sort keys, which is less than a path may
+  // have. Longer keys take a larger buffer than a server may have been given.
+  if (containsIgnoringCase(product, "MariaDB") || containsIgnoringCase(product, "MySQL")) {
+    return "SET SESSION sql_mode = CONCAT(@@SESSION.sql_mode, ',NO_BACKSLASH_ESCAPES'), "
+           "SESSION max_sort_length = 65536, SESSION sort_buffer_size = 16777216";
+  }
+  // Its driver takes texts to be in the character set of the locale.
+  if (containsIgnoringCase(product, "PostgreSQL")) return "SET client_encoding = 'UTF8'";
+  return {};
 }
 
 Failure openFailure(const DriverConnection& target, const std::string& description) {
