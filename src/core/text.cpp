@@ -168,7 +168,7 @@ std::string lowerCase(std::string_view text) {
 }
 
 bool equalsIgnoringCase(std::string_view left, std::string_view right) {
-  if (left.data() == right.data() && left.size() == right.size()) return true;
+  if (left == right) return true;
   // Nearly all texts are ASCII, and nearly all comparisons are decided within their first letters.
   std::size_t same = 0;
   const std::size_t shorter = std::min(left.size(), right.size());

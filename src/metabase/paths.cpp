@@ -29,10 +29,14 @@ std::int32_t siteNumberFromPath(const std::string& path) {
 
 std::string relativeToSite(const std::string& adsPath) {
   std::string rest = adsPath + "/";
-  for (int cut = 0; cut < 5; ++cut) rest.erase(0, rest.find('/') + 1);
-  if (rest.find('/') == std::string::npos) return rest;
+  std::size_t begin = 0;
+  for (int cut = 0; cut < 5; ++cut) {
+    const std::size_t slash = rest.find('/', begin);
+    if (slash != std::string::npos) begin = slash + 1;
+  }
+  if (rest.find('/', begin) == std::string::npos) return rest.substr(begin);
   rest.pop_back();
-  return "/" + rest;
+  return "/" + rest.substr(begin);
 }
 
 void warmUpProvider() {

@@ -308,7 +308,7 @@ void ServerToServerRun::transferProperty(std::int32_t index, const std::string& 
   if (!attempt([&] { paths_ = bound(oSite_).getDataPaths(name, Value()); })) {
     attempt([] { debugLog("Error during getdatapaths " + errText()); });
   }
-  for (const std::string& path : std::vector<std::string>(paths_)) transferPath(index, name, path);
+  for (const std::string& path : paths_) transferPath(index, name, path);
 }
 
 void ServerToServerRun::transferPath(std::int32_t index, const std::string& name, const std::string& path) {

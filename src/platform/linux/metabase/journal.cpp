@@ -5,6 +5,7 @@
 #include <sys/stat.h>
 #include <unistd.h>
 
+#include <array>
 #include <cerrno>
 
 #include "core/err.h"
@@ -22,7 +23,9 @@ constexpr char kCheckpointRecord = 'P';
 
 template <typename Number>
 void put(std::string& bytes, Number number) {
-  for (std::size_t i = 0; i < sizeof number; ++i) bytes += static_cast<char>((number >> (8U * i)) & 0xFFU);
+  std::array<char, sizeof number> low{};
+  for (std::size_t i = 0; i < low.size(); ++i) low[i] = static_cast<char>((number >> (8U * i)) & 0xFFU);
+  bytes.append(low.data(), low.size());
 }
 
 void putText(std::string& bytes, std::string_view text) {
@@ -59,8 +62,21 @@ class Reader {
   std::string_view rest_;
 };
 
+std::size_t lengthOf(const Commit& commit) {
+  constexpr std::size_t kFixed = 32;  // at the most, of numbers and marks for each change and each value
+  std::size_t length = kFixed;
+  for (const NodeChange& change : commit) {
+    length += kFixed + change.location.size() + (change.keyType ? change.keyType->size() : 0);
+    for (const ValueChange& value : change.values)
+      length += kFixed + value.property.size() + (value.text ? value.text->size() : 0);
+  }
+  return length;
+}
+
 std::string contentOf(const Commit& commit) {
-  std::string content(1, kCommitRecord);
+  std::string content;
+  content.reserve(lengthOf(commit));
+  content += kCommitRecord;
   put(content, static_cast<std::uint32_t>(commit.size()));
   for (const NodeChange& change : commit) {
     content += static_cast<char>(change.kind);

@@ -250,6 +250,7 @@ void FileNode::setInfo() {
 void FileNode::commit(const Commit& commit) {
   const std::string at = location();
   store_->commit(commit);
+  if (!isNew_ && store_->tree() == tree_ && !node_->gone) return;
   const std::shared_ptr<Tree> tree = store_->tree() != nullptr ? store_->tree() : store_->refresh();
   Node* found = tree->find(at);
   if (found == nullptr) throw pathNotFound(at);

@@ -14,15 +14,24 @@ namespace {
 // share of it stays the same whatever the size of the metabase.
 constexpr std::uint64_t kLeastJournal = std::uint64_t{16} * 1024 * 1024;
 
+bool isVolatile(const ValueChange& value, const Schema& schema) {
+  const Property* property = schema.findProperty(value.property);
+  return property != nullptr && property->isVolatile;
+}
+
+bool hasVolatile(const Commit& commit, const Schema& schema) {
+  return std::any_of(commit.begin(), commit.end(), [&](const NodeChange& change) {
+    return std::any_of(change.values.begin(), change.values.end(),
+                       [&](const ValueChange& value) { return isVolatile(value, schema); });
+  });
+}
+
 // Without what lives in the running server alone.
 Commit durablePart(const Commit& commit, const Schema& schema) {
   Commit durable;
   for (NodeChange change : commit) {
     const bool hadValues = !change.values.empty();
-    std::erase_if(change.values, [&](const ValueChange& value) {
-      const Property* property = schema.findProperty(value.property);
-      return property != nullptr && property->isVolatile;
-    });
+    std::erase_if(change.values, [&](const ValueChange& value) { return isVolatile(value, schema); });
     const bool nothingLeft =
         hadValues && change.values.empty() && change.kind == NodeChange::Kind::kUpdate && !change.keyType;
     if (!nothingLeft) durable.push_back(std::move(change));
@@ -108,13 +117,11 @@ const std::shared_ptr<Tree>& MetabaseStore::prepareCommit() {
 }
 
 void MetabaseStore::commit(const Commit& commit) {
-  const Commit durable = durablePart(commit, tree_->schema());
-  if (!durable.empty()) {
-    if (journal_ == nullptr) {
-      journal_ = std::make_unique<Journal>(journalPath_, state_, found_);
-      found_.commits.clear();
-    }
-    journal_->append(durable);
+  if (hasVolatile(commit, tree_->schema())) {
+    const Commit durable = durablePart(commit, tree_->schema());
+    if (!durable.empty()) append(durable);
+  } else {
+    append(commit);
   }
   tree_->apply(commit);
   if (journal_ == nullptr || journal_->length() < checkpointAt_) return;
@@ -124,6 +131,14 @@ void MetabaseStore::commit(const Commit& commit) {
     // The change is safe in the journal; the next try waits until that has doubled.
     checkpointAt_ *= 2;
   }
+}
+
+void MetabaseStore::append(const Commit& durable) {
+  if (journal_ == nullptr) {
+    journal_ = std::make_unique<Journal>(journalPath_, state_, found_);
+    found_.commits.clear();
+  }
+  journal_->append(durable);
 }
 
 void MetabaseStore::checkpoint() {

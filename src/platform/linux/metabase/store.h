@@ -54,6 +54,7 @@ class MetabaseStore {
   bool lookIfThere();
   [[nodiscard]] bool hasLookedLately() const;
   void load();
+  void append(const Commit& durable);
   void writeNewFile();
   [[nodiscard]] bool isUnchanged(const FileIdentity& now);
   [[nodiscard]] bool journalIsUnchanged() const;
