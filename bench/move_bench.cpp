@@ -6,76 +6,19 @@
 // Sizes are arguments; without any, 100, 300 and 1000.
 #include <cstdio>
 #include <cstdlib>
-#include <filesystem>
 #include <iostream>
 #include <pugixml.hpp>
 #include <string>
 #include <vector>
 
 #include "core/err.h"
-#include "core/main_window.h"
-#include "core/run_state.h"
-#include "measured_sites.h"
 #include "metabase/site_listing.h"
-#include "platform/linux/access_driver.h"
-#include "platform/linux/console.h"
-#include "platform/linux/file_system.h"
 #include "platform/linux/linux_platform.h"
-#include "platform/linux/metabase/metabase_file.h"
-#include "platform/platform.h"
-#include "platform/shared/odbc/odbc_databases.h"
+#include "scratch_servers.h"
 #include "transfer/export_frame.h"
-#include "window/frm_main.h"
 
 namespace trelvin {
 namespace {
-
-namespace fs = std::filesystem;
-
-// A program folder, a server with so many sites and one with none, gone with the object.
-class Machines {
- public:
-  explicit Machines(int sites)
-      : folder_(fs::temp_directory_path() / ("trelvin-move-" + std::to_string(sites))) {
-    fs::remove_all(folder_);
-    fs::create_directories(folder_);
-    for (const char* name : {"Trelvin.mdb", "TrelvinData.mdb"}) {
-      fs::copy_file(fs::path(TRELVIN_DATABASES) / name, folder_ / name);
-    }
-    writeMetabase(source(), sites);
-    writeMetabase(target(), 0);
-    fs::current_path(folder_);
-  }
-  Machines(const Machines&) = delete;
-  Machines& operator=(const Machines&) = delete;
-  ~Machines() {
-    fs::current_path("/");
-    std::error_code ignored;
-    fs::remove_all(folder_, ignored);
-  }
-
-  void use() const {
-    const auto toNative = [folder = folder_.string()](std::string_view path) {
-      return folder + "/" + std::string(path.substr(path.rfind('\\') + 1));
-    };
-    platform().databases =
-        makeOdbcDatabases([toNative](std::string_view text) { return accessDriverString(text, toNative); });
-    platform().files = makeFileSystem(toNative);
-    platform().metabase = makeFileMetabase(
-        [this](std::string_view server) {
-          return std::optional(server == "source" ? source().string() : target().string());
-        },
-        kMetabasePatience);
-    platform().dialogs = makeConsoleDialogs(std::cerr);
-  }
-
-  [[nodiscard]] fs::path source() const { return folder_ / "Source.xml"; }
-  [[nodiscard]] fs::path target() const { return folder_ / "Target.xml"; }
-  [[nodiscard]] fs::path bare() const { return folder_ / "Bare.xml"; }
-
- private:
-  fs::path folder_;
-};
 
 struct Times {
   int sites = 0;
@@ -94,19 +37,14 @@ std::size_t valuesOf(const pugi::xml_document& document) {
 }
 
 Times measure(int sites) {
-  const Machines machines(sites);
-  machines.use();
-  renew(frmMain);
-  run = RunState{};
-  showMainWindow();
-  run.bRunSilent = true;
+  const ScratchServers servers("trelvin-move-" + std::to_string(sites));
+  servers.addServer("source", sites);
+  servers.addServer("target", 0);
+  servers.open();
   frmMain.txtImportServer.text = "source";
   frmMain.txtExportServer.text = "target";
-  frmMain.lstIMIISVer.setListIndex(2);
-  frmMain.lstEXIISVer.setListIndex(2);
-  frmMain.TabExportType.select(1);
   cmdPopulate_Click();
-  for (std::int32_t i = 0; i < frmMain.lstSites.listCount(); ++i) frmMain.lstSites.setSelected(i, true);
+  selectEverySite();
   run.bCopyFiles = false;
 
   Times times;
@@ -117,12 +55,12 @@ Times measure(int sites) {
     platform().metabase.reset();
   });
   pugi::xml_document written;
-  if (!written.load_file(machines.target().c_str())) throw Failure(error_number::kMetabaseUnreadable);
+  if (!written.load_file(servers.fileOf("target").c_str())) throw Failure(error_number::kMetabaseUnreadable);
   times.values = valuesOf(written);
   times.bare = spentOn([&] {
     pugi::xml_document parsed;
-    if (!parsed.load_file(machines.source().c_str())) throw Failure(error_number::kMetabaseUnreadable);
-    if (!written.save_file(machines.bare().c_str())) throw Failure(error_number::kDiskFull);
+    if (!parsed.load_file(servers.fileOf("source").c_str())) throw Failure(error_number::kMetabaseUnreadable);
+    if (!written.save_file(servers.fileOf("bare").c_str())) throw Failure(error_number::kDiskFull);
   });
   frmMain_Unload();
   return times;
