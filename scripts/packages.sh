@@ -18,6 +18,13 @@ readonly kServerPackages=(
   mariadb-server-core mariadb-client-core odbc-mariadb
   postgresql odbc-postgresql
 )
+# To build for Windows and run it here.
+# shellcheck disable=SC2034
+readonly kWindowsPackages=(
+  g++-mingw-w64-x86-64-posix  # the tests are 64-bit: Wine brings no 32-bit part here
+  googletest                  # its sources, to be built for Windows
+  wine wine64
+)
 # To check the layout of the sources as well.
 # shellcheck disable=SC2034
 readonly kCheckPackages=(clang-format)

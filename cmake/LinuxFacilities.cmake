@@ -1,0 +1,17 @@
+# What the program asks of a machine, done on Linux.
+target_link_libraries(trelvin_odbc PUBLIC ODBC::ODBC)
+
+# What every facility of the system's own files stands on.
+add_library(trelvin_native STATIC src/platform/linux/native_file.cpp)
+target_link_libraries(trelvin_native PUBLIC trelvin_base)
+
+file(GLOB metabase_file_sources CONFIGURE_DEPENDS src/platform/linux/metabase/*.cpp)
+add_library(trelvin_metabase_file STATIC ${metabase_file_sources})
+target_link_libraries(trelvin_metabase_file PUBLIC trelvin_native PRIVATE pugixml::pugixml)
+include(EmbedSchema)
+
+file(GLOB linux_sources CONFIGURE_DEPENDS src/platform/*.cpp src/platform/linux/*.cpp)
+list(REMOVE_ITEM linux_sources ${CMAKE_SOURCE_DIR}/src/platform/linux/native_file.cpp)
+add_library(trelvin_linux STATIC ${linux_sources})
+target_link_libraries(trelvin_linux PUBLIC trelvin_metabase_file trelvin_odbc)
+add_library(trelvin_system ALIAS trelvin_linux)

@@ -1,0 +1,20 @@
+# Read by the other scripts (source scripts/wine.sh): a Windows of its own for the tests, below a build folder.
+# shellcheck shell=bash
+
+export WINEDEBUG=-all WINEDLLOVERRIDES='mscoree,mshtml='
+# Debian's wine64 package doesn't put the loader on the path.
+readonly kWine=/usr/lib/wine/wine64
+
+# Makes the prefix unless it is there, and starts its services. They must not be started by the first test: they would
+# keep its output open, and the test's caller would wait for them. $1: the folder of the prefix.
+prepareWine() {
+  mkdir -p "$(dirname "$1")"
+  WINEPREFIX=$(realpath -m "$1")
+  export WINEPREFIX
+  if [[ ! -f $WINEPREFIX/system.reg ]]; then
+    env -u DISPLAY "$kWine" wineboot -i </dev/null >/dev/null 2>&1
+    wineserver -w
+  fi
+  wineserver -p </dev/null >/dev/null 2>&1
+  env -u DISPLAY "$kWine" wineboot </dev/null >/dev/null 2>&1
+}

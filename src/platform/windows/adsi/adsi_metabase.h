@@ -1,0 +1,14 @@
+// IIS:// paths on Windows: the directory service's own objects, late bound.
+#pragma once
+
+#include <memory>
+
+#include "platform/metabase.h"
+
+namespace trelvin {
+
+// Numbers and descriptions of failures are the directory service's own. One thread only: the one that makes
+// it.
+std::unique_ptr<Metabase> makeAdsiMetabase();
+
+}  // namespace trelvin

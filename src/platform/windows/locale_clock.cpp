@@ -1,0 +1,73 @@
+#include "platform/windows/locale_clock.h"
+
+#include <array>
+#include <string>
+
+#include "platform/windows/wide_text.h"
+#include "platform/windows/windows_api.h"
+
+namespace trelvin {
+
+namespace {
+
+constexpr int kFirstYear = 1900;  // of std::tm
+
+SYSTEMTIME systemTimeOf(const Date& date) {
+  SYSTEMTIME time{};
+  time.wYear = static_cast<WORD>(date.parts.tm_year + kFirstYear);
+  time.wMonth = static_cast<WORD>(date.parts.tm_mon + 1);
+  time.wDay = static_cast<WORD>(date.parts.tm_mday);
+  time.wHour = static_cast<WORD>(date.parts.tm_hour);
+  time.wMinute = static_cast<WORD>(date.parts.tm_min);
+  time.wSecond = static_cast<WORD>(date.parts.tm_sec);
+  return time;
+}
+
+std::string timeText(const Date& date, DWORD flags) {
+  const SYSTEMTIME time = systemTimeOf(date);
+  std::array<wchar_t, 128> text{};
+  const int length = ::GetTimeFormatEx(LOCALE_NAME_USER_DEFAULT, flags, &time, nullptr, text.data(),
+                                       static_cast<int>(text.size()));
+  return length > 0 ? utf8Text({text.data(), static_cast<std::size_t>(length) - 1}) : std::string();
+}
+
+class LocaleClock final : public Clock {
+ public:
+  [[nodiscard]] Date now() const override {
+    SYSTEMTIME time{};
+    ::GetLocalTime(&time);
+    Date date;
+    date.parts.tm_year = time.wYear - kFirstYear;
+    date.parts.tm_mon = time.wMonth - 1;
+    date.parts.tm_mday = time.wDay;
+    date.parts.tm_hour = time.wHour;
+    date.parts.tm_min = time.wMinute;
+    date.parts.tm_sec = time.wSecond;
+    date.parts.tm_isdst = -1;
+    return date;
+  }
+
+  [[nodiscard]] std::string generalText(const Date& date) const override {
+    return shortDate(date) + " " + timeText(date, 0);
+  }
+
+  [[nodiscard]] std::string shortDate(const Date& date) const override {
+    const SYSTEMTIME time = systemTimeOf(date);
+    std::array<wchar_t, 128> text{};
+    const int length = ::GetDateFormatEx(LOCALE_NAME_USER_DEFAULT, DATE_SHORTDATE, &time, nullptr,
+                                         text.data(), static_cast<int>(text.size()), nullptr);
+    return length > 0 ? utf8Text({text.data(), static_cast<std::size_t>(length) - 1}) : std::string();
+  }
+
+  [[nodiscard]] std::string shortTime(const Date& date) const override {
+    return timeText(date, TIME_NOSECONDS);
+  }
+};
+
+}  // namespace
+
+std::unique_ptr<Clock> makeLocaleClock() {
+  return std::make_unique<LocaleClock>();
+}
+
+}  // namespace trelvin

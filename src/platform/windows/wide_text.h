@@ -1,0 +1,17 @@
+// Text on its way to Windows' wide calls and back: UTF-8 on the program's side.
+#pragma once
+
+#include <cstdint>
+#include <string>
+#include <string_view>
+
+namespace trelvin {
+
+// Bytes that are no UTF-8, and lone surrogates, come out as the replacement character.
+std::wstring wideText(std::string_view utf8);
+std::string utf8Text(std::wstring_view wide);
+
+// Windows' own text for one of its numbers, without the line end; the number itself when it has none.
+std::string systemText(std::uint32_t number);
+
+}  // namespace trelvin

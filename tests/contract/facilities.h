@@ -1,0 +1,25 @@
+// The facilities of the system that the tests are built for, so that one test of each holds for all systems.
+#pragma once
+
+#include <filesystem>
+#include <memory>
+#include <string>
+
+#include "fakes/temp_folder.h"
+#include "platform/application.h"
+#include "platform/files.h"
+#include "platform/profile.h"
+#include "platform/registry.h"
+
+namespace trelvin::test {
+
+std::unique_ptr<FileSystem> systemFiles();
+std::unique_ptr<ProfileFiles> systemProfileFiles();
+// Its values are nobody else's; where the system has one registry for all, below a key of the tests.
+std::unique_ptr<Registry> systemRegistry(const TempFolder& folder);
+std::unique_ptr<Clock> systemClock();
+
+// A native path in the program's own form.
+std::string programForm(const std::filesystem::path& native);
+
+}  // namespace trelvin::test

@@ -1,0 +1,39 @@
+#include "contract/facilities.h"
+
+#include "platform/linux/file_system.h"
+#include "platform/linux/locale_clock.h"
+#include "platform/linux/paths.h"
+#include "platform/linux/profile_files.h"
+#include "platform/linux/registry_file.h"
+
+namespace trelvin::test {
+
+namespace {
+
+PathMapping toNative() {
+  return [](std::string_view path) { return Paths("/nowhere").nativePath(path); };
+}
+
+}  // namespace
+
+std::unique_ptr<FileSystem> systemFiles() {
+  return makeFileSystem(toNative());
+}
+
+std::unique_ptr<ProfileFiles> systemProfileFiles() {
+  return makeProfileFiles(toNative());
+}
+
+std::unique_ptr<Registry> systemRegistry(const TempFolder& folder) {
+  return makeRegistryFile((folder / "Registry.reg").string());
+}
+
+std::unique_ptr<Clock> systemClock() {
+  return makeLocaleClock();
+}
+
+std::string programForm(const std::filesystem::path& native) {
+  return windowsPath(native.string());
+}
+
+}  // namespace trelvin::test

@@ -1,0 +1,33 @@
+#include "contract/facilities.h"
+
+#include "platform/windows/file_system.h"
+#include "platform/windows/locale_clock.h"
+#include "platform/windows/profile_files.h"
+#include "platform/windows/system_registry.h"
+#include "platform/windows/wide_text.h"
+#include "platform/windows/windows_api.h"
+
+namespace trelvin::test {
+
+std::unique_ptr<FileSystem> systemFiles() {
+  return makeFileSystem();
+}
+
+std::unique_ptr<ProfileFiles> systemProfileFiles() {
+  return makeProfileFiles();
+}
+
+std::unique_ptr<Registry> systemRegistry(const TempFolder& /*folder*/) {
+  ::RegDeleteTreeW(HKEY_LOCAL_MACHINE, L"Software\\Trelvin Tests");
+  return makeSystemRegistry();
+}
+
+std::unique_ptr<Clock> systemClock() {
+  return makeLocaleClock();
+}
+
+std::string programForm(const std::filesystem::path& native) {
+  return utf8Text(native.wstring());
+}
+
+}  // namespace trelvin::test
