@@ -13,6 +13,9 @@ add_custom_target(program_folder ALL
   COMMAND ${CMAKE_COMMAND} "-DSOURCE=${TRELVIN_DATABASES}/TrelvinData.mdb"
           "-DTARGET=${TRELVIN_PROGRAM_FOLDER}/TrelvinData.mdb" -P ${copy_if_absent}
   COMMAND ${CMAKE_COMMAND} -E copy_if_different ${TRELVIN_DATABASES}/ForBackups.mdb ${TRELVIN_PROGRAM_FOLDER}
+  COMMAND ${CMAKE_COMMAND} -E make_directory ${TRELVIN_PROGRAM_FOLDER}/Schemas
+  COMMAND ${CMAKE_COMMAND} -E copy_if_different ${CMAKE_SOURCE_DIR}/data/sites-mariadb.sql
+          ${CMAKE_SOURCE_DIR}/data/sites-postgresql.sql ${TRELVIN_PROGRAM_FOLDER}/Schemas
   COMMAND ${CMAKE_COMMAND} -E copy_directory ${CMAKE_SOURCE_DIR}/Documentation ${TRELVIN_PROGRAM_FOLDER}/Documentation
   COMMENT "Preparing the program folder"
   VERBATIM)
