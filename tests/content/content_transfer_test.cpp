@@ -57,6 +57,16 @@ class ContentTransfer : public ExportTest {
     frmMain.cmdExportServer.onClick();
   }
   void copyPermissionsToo() { frmMain.chkSetFilePerms.setValue(true); }
+  // Changes the Shop on the source; what is selected already keeps its rows.
+  static void setPath(const std::string& below, const std::string& path) {
+    const NodeHandle node = getObject("IIS://WEB1/W3SVC/1" + below);
+    node->put("Path", path);
+    node->setInfo();
+  }
+  static void addDirectoryTo(const std::string& below, const std::string& name, const std::string& path) {
+    getObject("IIS://WEB1/W3SVC/1" + below)->create("IIsWebVirtualDir", name)->setInfo();
+    setPath(below + "/" + name, path);
+  }
   void setWorkingTable(const std::string& assignment, const std::string& condition) {
     executeOn("Trelvin.mdb", "UPDATE tmpFilesToCopy SET " + assignment + " WHERE " + condition);
   }
@@ -202,6 +212,32 @@ TEST_F(ContentTransfer, PairsRowsAndDirectoriesByTheirPlaceInTheOrderOfNumbers) 
   EXPECT_THAT(copyLines(),
               ElementsAre(R"(Copying from \\WEB1\D$\manuals)", R"(Copying to   \\WEB2\C$\shop)",
                           R"(Copying from \\WEB1\C$\shop)", R"(Copying to   \\WEB2\D$\manuals)"));
+}
+
+TEST_F(ContentTransfer, PairsWhatStandsBehindADirectoryWithoutAPathWithTheOneBefore) {
+  setPath("/ROOT/docs", "  ");
+  addDirectoryTo("/ROOT", "wiki", "C:\\wiki");
+  select({0});
+  transfer();
+  EXPECT_THAT(copyLines(), ElementsAre(R"(Copying from \\WEB1\C$\shop)", R"(Copying to   \\WEB2\C$\shop)",
+                                       R"(Copying from \\WEB1\C$\wiki)", R"(Copying to   \\WEB2\)"))
+      << "there is one row less than there are directories";
+  EXPECT_TRUE(hasOutput("Copying web content /ROOT/docs..."));
+}
+
+TEST_F(ContentTransfer, CopiesNothingOfASiteWithADirectoryOfTheEmptyPath) {
+  setPath("/ROOT/docs", "");
+  select({0});
+  transfer();
+  EXPECT_TRUE(hasLogged("Error, a virtual directory was found without a path set"));
+  EXPECT_THAT(copies(), IsEmpty()) << "the empty text is a part of every path and cancels it";
+}
+
+TEST_F(ContentTransfer, CopiesNeitherOfTwoDirectoriesOfOnePath) {
+  addDirectoryTo("/ROOT", "wiki", "D:\\manuals");
+  select({0});
+  transfer();
+  EXPECT_THAT(copies(), ElementsAre(R"(\\WEB1\C$\shop > \\WEB2\C$)"));
 }
 
 TEST_F(ContentTransfer, CopiesNothingWithoutRows) {
