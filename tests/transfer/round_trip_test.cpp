@@ -258,13 +258,15 @@ TEST_F(WaysThatDiffer, AVirtualDirectoryWithNeitherPathNorPropertyIsNotStored) {
   EXPECT_FALSE(throughDatabase(1).contains("/ROOT/v class"));
 }
 
-TEST_F(WaysThatDiffer, TheApplicationOfADirectoryIsNotMadeFromTheDatabase) {
+TEST_F(WaysThatDiffer, TheApplicationOfADirectoryIsInProcessFromTheDatabase) {
   send(shop(directory(7, "/ROOT/app",
                       {{"AppRoot", "/LM/W3SVC/7/ROOT/app"}, {"AppIsolated", "2"}, {"AppPoolId", "Own"}})));
   EXPECT_EQ(at(straight(1), "/ROOT/app AppRoot"), "8 /LM/W3SVC/1/ROOT/app");
-  EXPECT_EQ(at(throughDatabase(1), "/ROOT/app AppRoot"), kUnset);
-  EXPECT_THAT(rebuildFailures,
-              Contains(StartsWith("Error creating Application for directory /ROOT/appError ")));
+  EXPECT_EQ(at(straight(1), "/ROOT/app AppIsolated"), "3 2");
+  // The tree row of a directory holds neither isolation nor pool; the pool has a property row as well.
+  EXPECT_EQ(at(throughDatabase(1), "/ROOT/app AppRoot"), "8 /LM/W3SVC/1/ROOT/app");
+  EXPECT_EQ(at(throughDatabase(1), "/ROOT/app AppIsolated"), "3 0");
+  EXPECT_EQ(at(throughDatabase(1), "/ROOT/app AppPoolId"), "8 Own");
 }
 
 TEST_F(WaysThatDiffer, ADirectoryWithAPathOfItsOwnEmptiesItsParentsOnTheStraightWayAlone) {
