@@ -4,7 +4,6 @@
 //   least 0.6), exponent  how time grows from one size to the next (1 is linear).
 // Sizes are arguments; without any, 100 and 1000.
 #include <cstdio>
-#include <cstdlib>
 #include <filesystem>
 #include <iostream>
 #include <string>
@@ -158,7 +157,7 @@ void print(const Times& times) {
               times.bare.processor / times.exporting.processor, times.bare.wall / times.exporting.wall);
 }
 
-int measureAll(const std::vector<int>& sizes) {
+void measureAll(const std::vector<int>& sizes) {
   std::vector<Times> all;
   for (const int size : sizes) {
     all.push_back(measure(size));
@@ -172,21 +171,11 @@ int measureAll(const std::vector<int>& sizes) {
                 exponent(smaller.selecting, larger.selecting, growth),
                 exponent(smaller.exporting, larger.exporting, growth));
   }
-  return 0;
 }
 
 }  // namespace
 }  // namespace trelvin
 
 int main(int argc, char** argv) {
-  trelvin::useLinuxPlatform(argc, argv, [](std::string_view line) { std::cerr << line << '\n'; });
-  std::vector<int> sizes;
-  for (int i = 1; i < argc; ++i) sizes.push_back(std::atoi(argv[i]));
-  if (sizes.empty()) sizes = {100, 1000};
-  try {
-    return trelvin::measureAll(sizes);
-  } catch (const trelvin::Failure& failure) {
-    std::cerr << failure.description() << '\n';
-    return 1;
-  }
+  return trelvin::measureSizes(argc, argv, {100, 1000}, trelvin::measureAll);
 }

@@ -4,10 +4,17 @@
 #include <chrono>
 #include <cmath>
 #include <cstdio>
+#include <cstdlib>
 #include <ctime>
 #include <filesystem>
 #include <fstream>
+#include <iostream>
 #include <string>
+#include <string_view>
+#include <vector>
+
+#include "core/err.h"
+#include "platform/linux/linux_platform.h"
 
 namespace trelvin {
 
@@ -79,6 +86,22 @@ inline double exponent(const Spent& smaller, const Spent& larger, double growth)
 
 inline void print(const char* what, const Spent& spent) {
   std::printf("  %-13s %8.3f s of the processor %8.3f s on the wall\n", what, spent.processor, spent.wall);
+}
+
+// The main routine of a program that measures runs of several sizes: they are its arguments, or else the
+// given ones.
+template <typename MeasureAll>
+int measureSizes(int argc, char** argv, std::vector<int> sizes, MeasureAll&& measureAll) {
+  useLinuxPlatform(argc, argv, [](std::string_view line) { std::cerr << line << '\n'; });
+  if (argc > 1) sizes.clear();
+  for (int i = 1; i < argc; ++i) sizes.push_back(std::atoi(argv[i]));
+  try {
+    measureAll(sizes);
+    return 0;
+  } catch (const Failure& failure) {
+    std::cerr << failure.description() << '\n';
+    return 1;
+  }
 }
 
 }  // namespace trelvin

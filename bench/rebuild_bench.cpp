@@ -11,7 +11,6 @@
 #include <sys/resource.h>
 
 #include <cstdio>
-#include <cstdlib>
 #include <fstream>
 #include <iostream>
 #include <sstream>
@@ -123,15 +122,5 @@ void measureAll(const std::vector<int>& sizes) {
 }  // namespace trelvin
 
 int main(int argc, char** argv) {
-  trelvin::useLinuxPlatform(argc, argv, [](std::string_view line) { std::cerr << line << '\n'; });
-  std::vector<int> sizes;
-  for (int i = 1; i < argc; ++i) sizes.push_back(std::atoi(argv[i]));
-  if (sizes.empty()) sizes = {100, 300, 1000};
-  try {
-    trelvin::measureAll(sizes);
-    return 0;
-  } catch (const trelvin::Failure& failure) {
-    std::cerr << failure.description() << '\n';
-    return 1;
-  }
+  return trelvin::measureSizes(argc, argv, {100, 300, 1000}, trelvin::measureAll);
 }
