@@ -4,7 +4,8 @@
 
 #include <chrono>
 #include <csignal>
-#include <map>
+#include <fstream>
+#include <iterator>
 #include <stdexcept>
 #include <thread>
 
@@ -23,10 +24,6 @@ bool hasDriver(const std::string& name) {
     if (line == "[" + name + "]") return true;
   }
   return false;
-}
-
-fs::path schema(const char* name) {
-  return fs::path(TRELVIN_SOURCE_DIR) / "data" / name;
 }
 
 class MariaDb final : public DatabaseServer {
@@ -68,7 +65,7 @@ class MariaDb final : public DatabaseServer {
   }
   void load(const std::string& database) override {
     ask("mysql", "CREATE DATABASE " + database);
-    ask(database, "source " + schema("sites-mariadb.sql").string());
+    ask(database, "source " + schemaFile("sites-mariadb.sql"));
     const std::string user = std::string("'") + kUser + "'@localhost";
     ask("mysql", "CREATE USER IF NOT EXISTS " + user + " IDENTIFIED BY '" + kPassword + "'");
     ask(database, "GRANT SELECT, INSERT ON " + database + ".* TO " + user);
@@ -124,7 +121,7 @@ class PostgreSql final : public DatabaseServer {
   }
   void load(const std::string& database) override {
     ask("postgres", "CREATE DATABASE " + database);
-    psql(database, {"--single-transaction", "--file=" + schema("sites-postgresql.sql").string()});
+    psql(database, {"--single-transaction", "--file=" + schemaFile("sites-postgresql.sql")});
     ask(database, std::string("DO $$ BEGIN IF NOT EXISTS (SELECT FROM pg_roles WHERE rolname = '") + kUser +
                       "') THEN CREATE ROLE " + kUser + " LOGIN PASSWORD '" + kPassword + "'; END IF; END $$");
     ask(database, std::string("GRANT SELECT, INSERT ON Sites, Data TO ") + kUser);
@@ -183,6 +180,12 @@ std::string DatabaseServer::connectionString(const std::string& database) const 
   std::string text;
   for (const std::string& attribute : attributesOf(database)) text += attribute + ";";
   return text + "UID=" + kUser + ";PWD=" + kBracedPassword + ";";
+}
+
+std::string DatabaseServer::schemaFile(const char* name) const {
+  std::ifstream original(fs::path(TRELVIN_SOURCE_DIR) / "data" / name);
+  const std::string text{std::istreambuf_iterator<char>(original), {}};
+  return folder_.write(name, text).string();
 }
 
 RunningProcess::Options DatabaseServer::command(const fs::path& tool,

@@ -50,6 +50,8 @@ class DatabaseServer {
   [[nodiscard]] virtual bool answers() const = 0;
   virtual void load(const std::string& database) = 0;
 
+  // A file of data/ where the server's user can read it, whoever the sources belong to.
+  [[nodiscard]] std::string schemaFile(const char* name) const;
   // A command of the server's package, run to its end as the server's user. Throws when it fails.
   std::string runTool(const std::filesystem::path& tool, const std::vector<std::string>& arguments) const;
   [[nodiscard]] RunningProcess::Options command(const std::filesystem::path& tool,
