@@ -2,6 +2,7 @@
 
 #include "core/err.h"
 #include "core/text.h"
+#include "platform/platform.h"
 #include "window/controls.h"
 
 namespace trelvin {
@@ -34,6 +35,11 @@ std::string ReverseString(std::string_view text) {
 std::string padTwoDigits(const Value& value) {
   std::string text = value.toText();
   return characterCount(text) < 2 ? "0" + text : text;
+}
+
+std::string programVersion() {
+  const Application& application = *platform().application;
+  return std::to_string(application.versionMajor()) + "." + std::to_string(application.versionMinor());
 }
 
 }  // namespace trelvin

@@ -20,6 +20,9 @@ void removeDuplicates(ListControl& list);
 // The characters in reverse order.
 std::string ReverseString(std::string_view text);
 
+// App.Major, a point and App.Minor, without padding.
+std::string programVersion();
+
 // Text shorter than two characters gets a "0" in front.
 std::string padTwoDigits(const Value& value);
 

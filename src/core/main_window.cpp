@@ -105,8 +105,9 @@ void openForUse() {
   frmMain.optExportFile.setValue(false);
 }
 
-// The two controls that stand on the form from the beginning.
+// The controls of the machine that stand on the form from the beginning.
 void placeControls() {
+  if (platform().sockets) frmMain.wsck1.place(*platform().sockets);
   if (!platform().createNtfsControl) return;
   frmMain.NTFSCtl1.object = platform().createNtfsControl();
   frmMain.NTFSCtl2.object = platform().createNtfsControl();
@@ -168,7 +169,6 @@ void frmMain_Resize() {
 void frmMain_Unload() {
   handled("frmMain_Unload Error ", [] {
     writeLog("Closing...");
-    constexpr std::int32_t kSocketClosed = 0;
     if (frmMain.wsck1.state() != kSocketClosed) frmMain.wsck1.close();
     for (Form* form : allForms()) {
       form->loaded = false;

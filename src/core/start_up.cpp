@@ -6,6 +6,7 @@
 #include <string_view>
 
 #include "core/err.h"
+#include "core/helpers.h"
 #include "core/main_window.h"
 #include "core/run_state.h"
 #include "core/text.h"
@@ -88,10 +89,7 @@ void openMainWindow() {
 void loadWelcomeForm() {
   wireWelcomeForm();
   frmSplash.loaded = true;
-  resumed(kLoadLabel, [] {
-    frmSplash.lblAbout.caption = "Trelvin Utility v" + std::to_string(TRELVIN_VERSION_MAJOR) + "." +
-                                 std::to_string(TRELVIN_VERSION_MINOR);
-  });
+  resumed(kLoadLabel, [] { frmSplash.lblAbout.caption = "Trelvin Utility v" + programVersion(); });
   run.bSkipFilters = true;
   std::string commandLine;
   resumed(kLoadLabel, [&] { commandLine = platform().application->commandLine(); });

@@ -19,6 +19,9 @@ class Application {
 
   [[nodiscard]] virtual std::string path() const = 0;  // folder of the executable, no trailing backslash
   [[nodiscard]] virtual std::string commandLine() const = 0;  // the raw text behind the program's name
+  // The version that this program was built as.
+  [[nodiscard]] virtual std::int32_t versionMajor() const { return TRELVIN_VERSION_MAJOR; }
+  [[nodiscard]] virtual std::int32_t versionMinor() const { return TRELVIN_VERSION_MINOR; }
   // Whether another instance of this executable runs. The first call claims the place for this process.
   virtual bool prevInstance() = 0;
   // Ends the process at once, with no event routine run any more.
@@ -33,7 +36,7 @@ class Events {
   Events& operator=(const Events&) = delete;
   virtual ~Events() = default;
 
-  virtual void doEvents() = 0;  // gives way to whatever waits: clicks, timers
+  virtual void doEvents() = 0;  // gives way to whatever waits: clicks, timers, sockets
   virtual void beep() = 0;
   // How far a piece of long work has got, under its title. Nothing to do where nobody watches.
   virtual void showProgress(std::string_view /*title*/, std::uint64_t /*done*/, std::uint64_t /*found*/) {}

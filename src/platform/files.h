@@ -36,6 +36,9 @@ class FileSystem {
   // Opens the file for appending, making it if need be, writes the bytes and closes it. A name without a
   // folder lies in the current directory. 75 with the path and the system's text when it can't be.
   virtual void appendText(std::string_view path, std::string_view bytes) = 0;
+  // The same for a new content of the file: it replaces what was there, whole or not at all. A name that ends
+  // in .exe gives a file that may be started.
+  virtual void writeText(std::string_view path, std::string_view bytes) = 0;
 };
 
 }  // namespace trelvin

@@ -13,6 +13,7 @@
 #include "platform/profile.h"
 #include "platform/registry.h"
 #include "platform/shell.h"
+#include "platform/socket.h"
 
 namespace trelvin {
 
@@ -24,9 +25,11 @@ struct Platform {
   std::unique_ptr<Events> events;
   std::unique_ptr<FileSystem> files;
   std::unique_ptr<Metabase> metabase;
+  std::unique_ptr<Opener> opener;
   std::unique_ptr<ProfileFiles> profile;
   std::unique_ptr<Registry> registry;
   std::unique_ptr<Shell> shell;
+  std::unique_ptr<Sockets> sockets;
   // Makes one of the controls that stand on the main window.
   std::function<std::unique_ptr<NtfsControl>()> createNtfsControl;
 };

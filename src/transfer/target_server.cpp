@@ -1,6 +1,7 @@
 #include "transfer/target_server.h"
 
 #include "core/err.h"
+#include "core/helpers.h"
 #include "core/reporting.h"
 #include "core/run_state.h"
 #include "metabase/paths.h"
@@ -14,8 +15,7 @@ namespace trelvin {
 namespace {
 
 std::string stamp() {
-  return "Trelvin: This web site was exported using Trelvin v" + std::to_string(TRELVIN_VERSION_MAJOR) + "." +
-         std::to_string(TRELVIN_VERSION_MINOR);
+  return "Trelvin: This web site was exported using Trelvin v" + programVersion();
 }
 
 void reportUnreachableTarget() {

@@ -244,4 +244,33 @@ Timer::Timer(Form& form, std::string timerName, std::int32_t milliseconds)
   enabled = false;
 }
 
+void SocketControl::place(Sockets& sockets) {
+  socket_ = sockets.create({.connect = [this] { run(onConnect); },
+                            .dataArrival =
+                                [this](std::int32_t bytesTotal) {
+                                  if (onDataArrival) onDataArrival(bytesTotal);
+                                },
+                            .close = [this] { run(onClose); },
+                            .error =
+                                [this](std::int32_t number, const std::string& description) {
+                                  if (onError) onError(number, description);
+                                }});
+}
+
+void SocketControl::connect() {
+  bound(socket_).connect(remoteHost, remotePort);
+}
+
+void SocketControl::close() {
+  if (socket_) socket_->close();
+}
+
+void SocketControl::sendData(std::string_view text) {
+  bound(socket_).sendData(text);
+}
+
+std::string SocketControl::getData() {
+  return bound(socket_).getData();
+}
+
 }  // namespace trelvin

@@ -10,6 +10,7 @@
 #include <vector>
 
 #include "platform/ntfs.h"
+#include "platform/socket.h"
 
 namespace trelvin {
 
@@ -268,15 +269,31 @@ class Timer : public Control {
   Event onTimer;
 };
 
-// The socket of the update check; state 0 is closed.
+// The socket of the update check: one conversation at a time, with the host and the port that are set when it
+// connects. State numbers and failures are those of platform/socket.h. Until it is placed on a window it is
+// closed and can't connect, which fails with 91.
 class SocketControl : public Control {
  public:
   using Control::Control;
-  [[nodiscard]] std::int32_t state() const { return state_; }
-  void close() { state_ = 0; }
+  // Gets the socket of this machine that it stands on. A former one is closed.
+  void place(Sockets& sockets);
+
+  [[nodiscard]] std::int32_t state() const { return socket_ ? socket_->state() : kSocketClosed; }
+  void connect();
+  void close();
+  void sendData(std::string_view text);
+  std::string getData();
+
+  std::string remoteHost;
+  std::int32_t remotePort = 0;
+
+  Event onConnect;
+  std::function<void(std::int32_t bytesTotal)> onDataArrival;
+  Event onClose;
+  std::function<void(std::int32_t number, const std::string& description)> onError;
 
  private:
-  std::int32_t state_ = 0;
+  std::unique_ptr<Socket> socket_;
 };
 
 // The place of the control that reads and writes access lists.

@@ -107,6 +107,7 @@ FrmMain::FrmMain()
       lstCheckCopy(*this, "lstCheckCopy"),
       timExit(*this, "timExit", 1000),
       syncPermTimer(*this, "syncPermTimer", 1000),
+      timAd1(*this, "timAd1", 1000),
       wsck1(*this, "wsck1"),
       NTFSCtl1(*this, "NTFSCtl1"),
       NTFSCtl2(*this, "NTFSCtl2"),
@@ -137,9 +138,10 @@ FrmMain::FrmMain()
   // The one creation mode that deletes nothing on the target is the one to start with.
   optCreateWebs.setValue(true);
 
-  for (Control* hidden : std::initializer_list<Control*>{
-           &lstSiteIndexes, &optExportServer, &optExportFile, &fraExportFile, &lstPropsToExport,
-           &lstFilesToCopy(0), &lstCheckCopy(0), &timExit, &syncPermTimer, &wsck1, &NTFSCtl1, &NTFSCtl2}) {
+  for (Control* hidden :
+       std::initializer_list<Control*>{&lstSiteIndexes, &optExportServer, &optExportFile, &fraExportFile,
+                                       &lstPropsToExport, &lstFilesToCopy(0), &lstCheckCopy(0), &timExit,
+                                       &syncPermTimer, &timAd1, &wsck1, &NTFSCtl1, &NTFSCtl2}) {
     hidden->visible = false;
   }
   // The mapping opens on its first tab, the directories.

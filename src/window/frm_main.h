@@ -101,6 +101,7 @@ class FrmMain : public Form {
   ControlArray<ListControl> lstCheckCopy;
   Timer timExit;
   Timer syncPermTimer;
+  Timer timAd1;  // never switched on; a check for updates switches it off
   SocketControl wsck1;
   NtfsControlHost NTFSCtl1;  // of the source
   NtfsControlHost NTFSCtl2;  // of the target
@@ -139,6 +140,13 @@ class FrmMain : public Form {
   std::vector<bool> abDetailsRead{false};  // whether the details of a line are in the tmp tables
   std::vector<bool> abHadDirectories;  // whether a line showed directories when its details were last shown
 
+  // The update check's conversation over wsck1.
+  std::string sSocketState;      // what it is about: CheckUpdate, GetUpdate, DLUpdate, GetAdvert, ...
+  std::string sReceived;         // all bytes that came since the last connect
+  std::string sRedirect;         // address of the last redirect answer
+  std::int32_t lDownloaded = 0;  // bytes received in the state DLUpdate
+
+  std::int32_t windowState = 0;  // 0 normal, 1 minimized, 2 maximized
   // Size in twips; a change runs the resize.
   void setSize(std::int32_t newWidth, std::int32_t newHeight);
   std::int32_t width = 0;

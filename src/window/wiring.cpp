@@ -1,5 +1,7 @@
 #include "window/wiring.h"
 
+#include "client/shell_commands.h"
+#include "client/update_check.h"
 #include "content/permissions.h"
 #include "core/main_window.h"
 #include "core/reporting.h"
@@ -13,6 +15,7 @@
 #include "window/frm_database_select.h"
 #include "window/frm_main.h"
 #include "window/frm_splash.h"
+#include "window/help_menu.h"
 #include "window/mapping_editing.h"
 #include "window/preferences.h"
 
@@ -71,9 +74,19 @@ void wireMainWindow() {
   frmMain.mnuSaveBackup.onClick = mnuSaveBackup_Click;
   frmMain.mnuLoadBackup.onClick = mnuLoadBackup_Click;
   frmMain.mnuDBLoc.onClick = mnuDBLoc_Click;
+  frmMain.mnuChkUpdates.onClick = mnuChkUpdates_Click;
   frmMain.mnuExit.onClick = mnuExit_Click;
   frmMain.mnuCheckMetabase.onClick = mnuCheckMetabase_Click;
   frmMain.mnuFixMetabase.onClick = mnuFixMetabase_Click;
+  frmMain.mnuProxyServer.onClick = mnuProxyServer_Click;
+  frmMain.mnuAbout.onClick = mnuAbout_Click;
+  frmMain.mnuDocumentation.onClick = mnuDocumentation_Click;
+  frmMain.mnuHomePage.onClick = mnuHomePage_Click;
+  frmMain.mnuCredits.onClick = mnuCredits_Click;
+  frmMain.wsck1.onConnect = wsck1_Connect;
+  frmMain.wsck1.onDataArrival = wsck1_DataArrival;
+  frmMain.wsck1.onClose = wsck1_Close;
+  frmMain.wsck1.onError = wsck1_Error;
   frmMain.timExit.onTimer = timExit_Timer;
   frmMain.syncPermTimer.onTimer = syncPermTimer_Timer;
   frmMain.onResize = frmMain_Resize;

@@ -251,7 +251,7 @@ TEST_F(MainWindowTest, EverythingButPermissionsIsAvailableAfterTheLoad) {
   for (const Control* control : frmMain.controls()) {
     const bool expected = control != &frmMain.chkSetFilePerms && control != &frmMain.chkFastPermissions &&
                           control != &frmMain.cmdExportFile && control != &frmMain.timExit &&
-                          control != &frmMain.syncPermTimer;
+                          control != &frmMain.syncPermTimer && control != &frmMain.timAd1;
     EXPECT_EQ(control->enabled, expected) << control->name;
   }
 }

@@ -35,9 +35,15 @@ class FailingFiles : public FileSystem {
     if (refuses && refuses(std::string(bytes))) throw Failure(error_number::kPathFileAccess);
     real_->appendText(path, bytes);
   }
+  void writeText(std::string_view path, std::string_view bytes) override {
+    if (refusesToWrite && refusesToWrite(std::string(path))) throw Failure(error_number::kPathFileAccess);
+    real_->writeText(path, bytes);
+  }
 
   // Whether an addition of these bytes is to fail with 75.
   std::function<bool(const std::string& bytes)> refuses;
+  // Whether a file of this path is to be refused, with 75, when it is to be written anew.
+  std::function<bool(const std::string& path)> refusesToWrite;
 
  private:
   std::unique_ptr<FileSystem> real_;

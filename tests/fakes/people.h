@@ -10,6 +10,7 @@
 
 #include "platform/application.h"
 #include "platform/dialogs.h"
+#include "platform/platform.h"
 
 namespace trelvin::test {
 
@@ -72,12 +73,13 @@ class ScriptedDialogs : public Dialogs {
   }
 };
 
-// Counts yields and beeps; what a person clicks during a yield is run there.
+// Counts yields and beeps; what a person clicks during a yield is run there, and what came over the net.
 class RecordedEvents : public Events {
  public:
   void doEvents() override {
     ++yields;
     if (const auto step = onYield) step(yields);  // a copy: a step may take itself away
+    if (platform().sockets) platform().sockets->dispatch();
   }
   void beep() override { ++beeps; }
 
@@ -126,8 +128,13 @@ class FakeApplication : public Application {
   bool prevInstance() override { return isSecond; }
   [[noreturn]] void end(int exitCode) override { throw ProcessEnded{exitCode}; }
 
+  [[nodiscard]] std::int32_t versionMajor() const override { return major; }
+  [[nodiscard]] std::int32_t versionMinor() const override { return minor; }
+
   std::string command;
   bool isSecond = false;
+  std::int32_t major = TRELVIN_VERSION_MAJOR;
+  std::int32_t minor = TRELVIN_VERSION_MINOR;
 
  private:
   std::string folder_;

@@ -14,6 +14,7 @@
 #include "platform/linux/paths.h"
 #include "platform/linux/profile_files.h"
 #include "platform/linux/registry_file.h"
+#include "platform/linux/tcp_sockets.h"
 #include "platform/linux/tree_copy.h"
 #include "platform/platform.h"
 #include "platform/shared/odbc/odbc_databases.h"
@@ -78,6 +79,8 @@ ProgramTest::ProgramTest() : formerFolder_(fs::current_path()) {
   clock = put(set.clock, std::make_unique<StoppedClock>());
   dialogs = put(set.dialogs, std::make_unique<ScriptedDialogs>());
   events = put(set.events, std::make_unique<RecordedEvents>());
+  opener = put(set.opener, std::make_unique<RecordedOpener>());
+  sockets = put(set.sockets, std::make_unique<LoopbackSockets>(makeTcpSockets()));
   set.files = makeFileSystem(toNative);
   set.profile = makeProfileFiles(toNative);
   set.shell = makeTreeCopy(

@@ -9,7 +9,9 @@
 #include <vector>
 
 #include "fakes/failing_metabase.h"
+#include "fakes/loopback_sockets.h"
 #include "fakes/people.h"
+#include "fakes/recorded_opener.h"
 #include "fakes/temp_folder.h"
 #include "window/controls.h"
 
@@ -68,6 +70,8 @@ class ProgramTest : public ::testing::Test {
   StoppedClock* clock = nullptr;
   FakeApplication* application = nullptr;
   FailingMetabase* metabase = nullptr;
+  RecordedOpener* opener = nullptr;
+  LoopbackSockets* sockets = nullptr;
 
  private:
   std::filesystem::path formerFolder_;

@@ -38,8 +38,11 @@ TEST_F(LinuxPlatformTest, EveryFacilityIsThere) {
   EXPECT_TRUE(platform().events);
   EXPECT_TRUE(platform().files);
   EXPECT_TRUE(platform().metabase);
+  EXPECT_TRUE(platform().opener);
   EXPECT_TRUE(platform().profile);
   EXPECT_TRUE(platform().registry);
+  EXPECT_TRUE(platform().shell);
+  EXPECT_TRUE(platform().sockets);
 }
 
 TEST_F(LinuxPlatformTest, TheProgramFolderIsTheExecutables) {

@@ -85,6 +85,7 @@ TEST_F(FrmMainTest, HoldsEveryControlOnceUnderItsName) {
                                        "lstCheckCopy",
                                        "timExit",
                                        "syncPermTimer",
+                                       "timAd1",
                                        "wsck1",
                                        "NTFSCtl1",
                                        "NTFSCtl2",
@@ -231,7 +232,7 @@ TEST_F(FrmMainTest, StartsWithTheLocalServerAndTheThreeVersions) {
 TEST_F(FrmMainTest, HidesWhatHoldsDataOnly) {
   for (const char* name :
        {"lstSiteIndexes", "optExportServer", "optExportFile", "lstPropsToExport", "lstFilesToCopy",
-        "lstCheckCopy", "timExit", "syncPermTimer", "wsck1", "NTFSCtl1", "NTFSCtl2"}) {
+        "lstCheckCopy", "timExit", "syncPermTimer", "timAd1", "wsck1", "NTFSCtl1", "NTFSCtl2"}) {
     EXPECT_FALSE(frmMain.control(name)->visible) << name;
   }
   EXPECT_TRUE(frmMain.lstSites.visible);

@@ -14,7 +14,7 @@ namespace trelvin {
 // file chooser no file, as Cancel does. The stream must outlive the dialogs.
 std::unique_ptr<Dialogs> makeConsoleDialogs(std::ostream& stream);
 
-// Nothing waits and nobody listens.
+// Nobody clicks, no timer ticks, and without a click there is no conversation over the net: nothing waits.
 std::unique_ptr<Events> makeConsoleEvents();
 
 }  // namespace trelvin

@@ -182,6 +182,14 @@ void removeDatabaseJournals(const std::string& nativePath) {
   }
 }
 
+// Whoever may read the file may start it.
+void makeStartable(Replacement& file) {
+  struct stat status {};
+  check(::fstat(file.file().get(), &status));
+  constexpr mode_t kReadBits = S_IRUSR | S_IRGRP | S_IROTH;
+  file.setMode(status.st_mode | ((status.st_mode & kReadBits) >> 2U));
+}
+
 class NativeFileSystem final : public FileSystem {
  public:
   explicit NativeFileSystem(PathMapping toNative) : toNative_(std::move(toNative)) {}
@@ -237,6 +245,17 @@ class NativeFileSystem final : public FileSystem {
       Descriptor file = openFile(toNative_(path), O_WRONLY | O_CREAT | O_APPEND | O_NONBLOCK, kNewFileMode);
       appendWhole(file, bytes);
       file.close();
+    } catch (const std::system_error& failed) {
+      throw failureAt(path, error::kPathFileAccess, failed.code().value());
+    }
+  }
+
+  void writeText(std::string_view path, std::string_view bytes) override {
+    try {
+      Replacement replacement(toNative_(path), kNewFileMode);
+      writeAll(replacement.file(), bytes);
+      if (isProgramName(path)) makeStartable(replacement);
+      replacement.commit();
     } catch (const std::system_error& failed) {
       throw failureAt(path, error::kPathFileAccess, failed.code().value());
     }

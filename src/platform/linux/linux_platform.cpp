@@ -14,8 +14,10 @@
 #include "platform/linux/metabase/metabase_file.h"
 #include "platform/linux/paths.h"
 #include "platform/linux/profile_files.h"
+#include "platform/linux/program_opener.h"
 #include "platform/linux/program_process.h"
 #include "platform/linux/registry_file.h"
+#include "platform/linux/tcp_sockets.h"
 #include "platform/linux/tree_copy.h"
 #include "platform/platform.h"
 #include "platform/shared/odbc/odbc_databases.h"
@@ -38,9 +40,11 @@ void useLinuxPlatform(int argc, char** argv, const Log& log) {
   });
   set.dialogs = makeConsoleDialogs(std::cerr);
   set.events = makeConsoleEvents();
+  set.sockets = makeTcpSockets();
   set.files = makeFileSystem(toNative);
   set.metabase = makeFileMetabase([paths](std::string_view server) { return paths->metabaseFileOf(server); },
                                   kMetabasePatience);
+  set.opener = makeProgramOpener(toNative);
   set.profile = makeProfileFiles(toNative);
   set.shell =
       makeTreeCopy(toNative, log, [](std::string_view title, std::uint64_t done, std::uint64_t found) {

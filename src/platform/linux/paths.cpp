@@ -158,6 +158,10 @@ std::string executableFolder() {
   return executable.parent_path().string();
 }
 
+bool isProgramName(std::string_view path) {
+  return equalsIgnoringCase(lastCharacters(path, 4), ".exe");
+}
+
 std::string windowsPath(std::string_view nativePath) {
   const bool isAbsolute = nativePath.starts_with('/');
   while (nativePath.size() > 1 && nativePath.ends_with('/')) nativePath.remove_suffix(1);

@@ -18,6 +18,9 @@ std::string executableFolder();
 // no form of its own and can't be reached.
 std::string windowsPath(std::string_view nativePath);
 
+// Whether a file of that name is a program, as on Windows its name alone tells: it ends in .exe, in any case.
+bool isProgramName(std::string_view path);
+
 class Paths {
  public:
   // Both native. The network folder holds one folder for each server, and that one folder for each share.
