@@ -171,8 +171,11 @@ void wsck1_DataArrival(std::int32_t bytesTotal) {
 
 void wsck1_Close() {
   handled("frmMain_wsck1_Close Error ", [] {
-    if (isAbout(socket_state::kCheckUpdate)) readVersion();
-    if (isAbout(socket_state::kDLUpdate)) takeUpgrade();
+    if (isAbout(socket_state::kCheckUpdate)) {
+      readVersion();
+    } else if (isAbout(socket_state::kDLUpdate)) {
+      takeUpgrade();
+    }
     frmMain.lDownloaded = 0;
   });
 }

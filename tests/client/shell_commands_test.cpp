@@ -4,6 +4,7 @@
 
 #include <string>
 
+#include "client/endpoints.h"
 #include "core/err.h"
 #include "core/registry_strings.h"
 #include "core/run_state.h"
@@ -40,7 +41,7 @@ TEST_F(ShellCommandsTest, ALocationThatCannotBeHandedOverIsLogged) {
 TEST_F(ShellCommandsTest, TheHomePageIsOnTheUpdateEndpoint) {
   frmMain.mnuHomePage.onClick();
   ASSERT_EQ(opener->opened.size(), 1U);
-  EXPECT_EQ(opener->opened[0].file, "http://update.trelvin.example/Trelvin");
+  EXPECT_EQ(opener->opened[0].file, "http://" + updateHost() + "/Trelvin");
   EXPECT_EQ(opener->opened[0].showCommand, 10);
 }
 
@@ -103,7 +104,7 @@ TEST_F(ShellCommandsTest, TheProxyIsNeverAskedByTheUpdateCheck) {
   dialogs->inputs = {"proxy:3128"};
   frmMain.mnuProxyServer.onClick();
   frmMain.mnuChkUpdates.onClick();
-  EXPECT_EQ(sockets->meant, std::vector<std::string>{"update.trelvin.example:80"});
+  EXPECT_EQ(sockets->meant, std::vector<std::string>{updateHost() + ":80"});
 }
 
 }  // namespace

@@ -4,6 +4,7 @@
 #include <sys/stat.h>
 
 #include <initializer_list>
+#include <limits>
 #include <string>
 #include <tuple>
 
@@ -26,8 +27,8 @@ using test::TcpPeer;
 using test::TcpServer;
 
 constexpr const char* kChecking = "Checking for updates...";
-constexpr const char* kNewer =
-    "Updates are available, please go to http://update.trelvin.example/Trelvin/Download.asp";
+const std::string kNewer =
+    "Updates are available, please go to http://" + updateHost() + "/Trelvin/Download.asp";
 constexpr const char* kNone = "No updates available";
 const std::string kMoved = "HTTP/1.0 302 Object moved\r\nServer: test\r\nLocation: ";
 
@@ -110,15 +111,15 @@ TEST_F(UpdateCheckTest, TheCommandSaysWhatItDoesAndAsksTheUpdateEndpointOnTheWeb
   EXPECT_TRUE(hasLogged("Checking for update, version is 2.4"));
   EXPECT_FALSE(frmMain.timAd1.enabled);
   EXPECT_EQ(frmMain.sSocketState, "CheckUpdate");
-  EXPECT_EQ(sockets->meant, Texts{"update.trelvin.example:80"});
+  EXPECT_EQ(sockets->meant, Texts{updateHost() + ":80"});
 }
 
 TEST_F(UpdateCheckTest, TheRequestHasItsLineOneHeaderAndNothingElse) {
   ofVersion(4, 10);
   mnuChkUpdates_Click();
-  EXPECT_EQ(nextRequest().received(),
-            "GET http://update.trelvin.example/TrelvinVerCheck.asp?Version=4%2E10 HTTP/1.0\r\n"
-            "Accept: */*\r\n\r\n");
+  EXPECT_EQ(nextRequest().received(), "GET http://" + updateHost() +
+                                          "/TrelvinVerCheck.asp?Version=4%2E10 HTTP/1.0\r\n"
+                                          "Accept: */*\r\n\r\n");
 }
 
 TEST_F(UpdateCheckTest, ANewerVersionIsToldWithTheAddressOfItsPage) {
@@ -310,7 +311,7 @@ TEST_F(UpdateCheckTest, ARedirectedCheckAsksTheFirstHostAgain) {
   TcpPeer second = nextRequest();
   EXPECT_TRUE(first.isClosedByClient());
   EXPECT_EQ(second.received(), first.received());
-  EXPECT_EQ(sockets->meant, (Texts{"update.trelvin.example:80", "update.trelvin.example:80"}));
+  EXPECT_EQ(sockets->meant, (Texts{updateHost() + ":80", updateHost() + ":80"}));
   EXPECT_EQ(frmMain.sSocketState, "CheckUpdate");
   EXPECT_EQ(frmMain.sRedirect, "http://elsewhere.example/check");
   answer(second, versionAnswer("1.0"));
@@ -390,14 +391,15 @@ TEST_F(UpdateCheckTest, EveryStateHasItsRequest) {
   ofVersion(4, 1);
   frmMain.sRedirect = "http://elsewhere.example/a b?c";
   const std::vector<std::tuple<std::string, std::string, std::string>> requests{
-      {"CheckUpdate", updateHost(), "http://update.trelvin.example/TrelvinVerCheck.asp?Version=4%2E1"},
-      {"GetUpdate", updateHost(), "http://update.trelvin.example/TrelvinUpgrade.asp?Version=4%2E1"},
+      {"CheckUpdate", updateHost(), "http://" + updateHost() + "/TrelvinVerCheck.asp?Version=4%2E1"},
+      {"GetUpdate", updateHost(), "http://" + updateHost() + "/TrelvinUpgrade.asp?Version=4%2E1"},
       {"DLUpdate", updateHost(), "http://elsewhere.example/a b?c"},
       {"GetAdvert", advertHost(),
-       "http://advert.trelvin.example/"
-       "ProgramAdvert.asp?Site=Trelvin&Format=Banner&Type=Flash+4&Version=4%2E1"},
+       "http://" + advertHost() +
+           "/"
+           "ProgramAdvert.asp?Site=Trelvin&Format=Banner&Type=Flash+4&Version=4%2E1"},
       {"DLAdvert", advertHost(), "http://elsewhere.example/a b?c"},
-      {"GetBook", advertHost(), "http://advert.trelvin.example/ProgramBook.asp?Site=Trelvin&Version=4%2E1"}};
+      {"GetBook", advertHost(), "http://" + advertHost() + "/ProgramBook.asp?Site=Trelvin&Version=4%2E1"}};
   for (const auto& [word, host, address] : requests) {
     begin(word, host);
     EXPECT_EQ(nextRequest().received(), "GET " + address + " HTTP/1.0\r\nAccept: */*\r\n\r\n");
@@ -527,6 +529,16 @@ TEST_F(UpgradeTest, TheStatusCountsTheBytesOfTheAnswerAsTheyCome) {
   sendChunks(peer, {"12345"});
   const std::string count = std::to_string(kHead.size() + 5);
   EXPECT_EQ(frmMain.StatusBar1.panel, "Update found, downloading " + count + " bytes");
+}
+
+TEST_F(UpgradeTest, MoreBytesThanCanBeCountedAreLoggedAndStillReceived) {
+  TcpPeer peer = download();
+  sendChunks(peer, {kHead});
+  frmMain.lDownloaded = std::numeric_limits<std::int32_t>::max();
+  sendChunks(peer, {"M"});
+  EXPECT_EQ(logLines().back(), "frmMain_wsck1_dataarrival Error 6 Overflow");
+  answer(peer, "Z");
+  EXPECT_EQ(folder.read("work/Upgrade.exe"), "MZ");
 }
 
 TEST_F(UpgradeTest, TheProgramIsWrittenToTheCurrentFolderByteForByte) {

@@ -92,6 +92,7 @@ class Beginning {
   // number.
   int start(std::vector<std::string> command, pid_t& process) const {
     std::vector<char*> arguments;
+    arguments.reserve(command.size() + 1);
     for (std::string& argument : command) arguments.push_back(argument.data());
     arguments.push_back(nullptr);
     return ::posix_spawnp(&process, arguments[0], &actions_, &attributes_, arguments.data(), environ);
