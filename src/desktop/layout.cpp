@@ -192,7 +192,8 @@ std::vector<Window> windows() {
                [] {
                  return FormSize{frmMain.width, frmMain.height};
                },
-           .afterResize = [](FormSize size) { frmMain.setSize(size.width, size.height); }},
+           .afterResize = [](FormSize size) { frmMain.setSize(size.width, size.height); },
+           .afterStateChange = [](std::int32_t state) { frmMain.windowState = state; }},
           {.form = &frmPermProgress, .layout = permissionProgressLayout()},
           {.form = &frmDatabaseSelect, .layout = databaseSelectLayout()}};
 }
@@ -205,7 +206,7 @@ WindowLayout mainLayout() {
       .statusBar = "StatusBar1",
       .progressBar = "ProgressBar1",
       .undrawn = {"lstSiteIndexes", "optExportServer", "optExportFile", "lstPropsToExport", "lstFilesToCopy",
-                  "lstCheckCopy", "timExit", "syncPermTimer", "wsck1", "NTFSCtl1", "NTFSCtl2"}};
+                  "lstCheckCopy", "timExit", "syncPermTimer", "timAd1", "wsck1", "NTFSCtl1", "NTFSCtl2"}};
 }
 
 WindowLayout welcomeLayout() {

@@ -67,6 +67,8 @@ struct Window {
   bool isMain = false;
   std::function<FormSize()> size{};             // that the form wants; nothing for what its controls need
   std::function<void(FormSize)> afterResize{};  // tells the form which size it has got
+  // Tells the form that its window is normal (0), minimized (1) or maximized (2).
+  std::function<void(std::int32_t)> afterStateChange{};
 };
 
 // All windows that the program can show.

@@ -3,6 +3,7 @@
 #include <QApplication>
 #include <QLabel>
 #include <QProgressDialog>
+#include <QSocketNotifier>
 #include <algorithm>
 #include <utility>
 
@@ -15,6 +16,7 @@ namespace trelvin::desktop {
 
 QtDesktop::QtDesktop(std::vector<Window> windows) {
   for (Window& each : windows) windows_.push_back({std::move(each), nullptr});
+  hearSockets();
 }
 
 QtDesktop::~QtDesktop() = default;
@@ -49,6 +51,20 @@ void QtDesktop::waitWhile(const std::function<bool()>& isUp) {
     runNestedTouches();
     draw();
   }
+}
+
+// What comes over the net is carried out in its turn, like a touch.
+void QtDesktop::hearSockets() {
+  if (!platform().sockets) return;
+  sockets_ = std::make_unique<QSocketNotifier>(platform().sockets->handle(), QSocketNotifier::Read);
+  QObject::connect(sockets_.get(), &QSocketNotifier::activated, [this] {
+    // Once is enough until its turn comes; what an event of a socket yields to hears of the others.
+    sockets_->setEnabled(false);
+    touches_.postAlways([this] {
+      sockets_->setEnabled(true);
+      platform().sockets->dispatch();
+    });
+  });
 }
 
 bool QtDesktop::isMainWindowUp() const {

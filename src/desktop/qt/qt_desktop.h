@@ -12,6 +12,7 @@
 #include "desktop/qt/window_view.h"
 
 class QProgressDialog;
+class QSocketNotifier;
 
 namespace trelvin::desktop {
 
@@ -47,11 +48,13 @@ class QtDesktop {
   };
   void draw();
   void drawWindow(Shown& shown);
+  void hearSockets();
   void runTouches();
   void runNestedTouches();
   [[nodiscard]] bool isMainWindowUp() const;
 
   Touches touches_;
+  std::unique_ptr<QSocketNotifier> sockets_;
   std::vector<Shown> windows_;
   std::unique_ptr<QProgressDialog> progress_;
 };

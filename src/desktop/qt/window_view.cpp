@@ -31,6 +31,7 @@ WindowView::WindowView(const Window& window, Touches& touches, std::function<voi
       layout_(window.layout),
       size_(window.size),
       afterResize_(window.afterResize),
+      afterStateChange_(window.afterStateChange),
       touches_(touches),
       onClose_(std::move(onClose)) {
   setContextMenuPolicy(Qt::NoContextMenu);  // which would offer to hide bars
@@ -214,6 +215,15 @@ void WindowView::resizeEvent(QResizeEvent* event) {
   if (!afterResize_) return;
   drawnSize_ = {width() * kTwipsOfPixel, height() * kTwipsOfPixel};
   touches_.postAlways([resized = afterResize_, size = drawnSize_] { resized(size); });
+}
+
+void WindowView::changeEvent(QEvent* event) {
+  QMainWindow::changeEvent(event);
+  if (event->type() != QEvent::WindowStateChange || !afterStateChange_) return;
+  constexpr std::int32_t kNormal = 0;
+  constexpr std::int32_t kMinimized = 1;
+  constexpr std::int32_t kMaximized = 2;
+  afterStateChange_(isMinimized() ? kMinimized : (isMaximized() ? kMaximized : kNormal));
 }
 
 void WindowView::closeEvent(QCloseEvent* event) {

@@ -26,6 +26,7 @@ class WindowView : public QMainWindow {
   void draw();
 
  protected:
+  void changeEvent(QEvent* event) override;
   void closeEvent(QCloseEvent* event) override;
   void keyPressEvent(QKeyEvent* event) override;
   void resizeEvent(QResizeEvent* event) override;
@@ -61,6 +62,7 @@ class WindowView : public QMainWindow {
   WindowLayout layout_;
   std::function<FormSize()> size_;
   std::function<void(FormSize)> afterResize_;
+  std::function<void(std::int32_t)> afterStateChange_;
   Touches& touches_;
   std::function<void()> onClose_;
   FormSize drawnSize_;
