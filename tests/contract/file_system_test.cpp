@@ -145,5 +145,30 @@ TEST_F(FileSystemContract, AppendTextThatCannotBeDoneNamesThePath) {
   }
 }
 
+TEST_F(FileSystemContract, WriteTextReplacesWhatWasThereByteForByte) {
+  folder_.write("Upgrade.exe", "an older and longer one");
+  const std::string bytes("MZ\0\xFF\r\n\x1A", 7);
+  files_->writeText(path("Upgrade.exe"), bytes);
+  files_->writeText(path("new"), bytes);
+  EXPECT_EQ(folder_.read("Upgrade.exe"), bytes);
+  EXPECT_EQ(folder_.read("new"), bytes);
+  EXPECT_THAT(files_->fileNames(programForm(folder_.path())), ElementsAre("new", "Upgrade.exe"));
+}
+
+TEST_F(FileSystemContract, WriteTextThatCannotBeDoneLeavesTheFileAndNamesThePath) {
+  folder_.makeFolder("folder");
+  folder_.write("Upgrade.exe", "older");
+  files_->setAttributes(path("Upgrade.exe"), 1);
+  for (const std::string& target : {path("folder"), path("no") + "\\file", path("Upgrade.exe")}) {
+    ASSERT_FALSE(attempt([&] { files_->writeText(target, "newer"); }));
+    EXPECT_EQ(Err.number, error_number::kPathFileAccess);
+    EXPECT_THAT(Err.description, HasSubstr(target));
+    Err.clear();
+  }
+  EXPECT_EQ(folder_.read("Upgrade.exe"), "older");
+  files_->setAttributes(path("Upgrade.exe"), 0);
+  EXPECT_THAT(files_->fileNames(programForm(folder_.path())), ElementsAre("Upgrade.exe"));
+}
+
 }  // namespace
 }  // namespace trelvin::test

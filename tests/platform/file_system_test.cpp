@@ -338,14 +338,6 @@ TEST_F(FileSystemTest, AppendTextThatDoesNotFitLeavesNoHalfLine) {
   EXPECT_EQ(folder_.read("log"), "first line\r\n");
 }
 
-TEST_F(FileSystemTest, WriteTextReplacesWhatWasThereByteForByte) {
-  folder_.write("Upgrade.exe", "an older and longer one");
-  const std::string bytes("MZ\0\xFF\r\n", 6);
-  files_->writeText(path("upgrade.exe"), bytes);
-  EXPECT_EQ(folder_.read("Upgrade.exe"), bytes);
-  EXPECT_EQ(entryCount(), 1U);
-}
-
 TEST_F(FileSystemTest, WriteTextMakesAProgramStartableForItsReadersAndNothingElse) {
   folder_.write("Older.exe", "x");
   setMode("Older.exe", 0640);
@@ -354,17 +346,6 @@ TEST_F(FileSystemTest, WriteTextMakesAProgramStartableForItsReadersAndNothingEls
   const mode_t fresh = modeOf("Upgrade.txt");
   EXPECT_EQ(fresh & 0111U, 0U);
   EXPECT_EQ(modeOf("Upgrade.EXE"), fresh | ((fresh & 0444U) >> 2U));
-}
-
-TEST_F(FileSystemTest, WriteTextThatCannotBeDoneLeavesTheFileAndNamesPathAndCause) {
-  folder_.write("Upgrade.exe", "older");
-  files_->setAttributes(path("Upgrade.exe"), 1);
-  const Failure failure = failureOf([&] { files_->writeText(path("Upgrade.exe"), "newer"); });
-  EXPECT_EQ(failure.number(), error_number::kPathFileAccess);
-  EXPECT_NE(failure.description().find("Upgrade.exe"), std::string::npos) << failure.description();
-  EXPECT_EQ(folder_.read("Upgrade.exe"), "older");
-  EXPECT_EQ(failureOf([&] { files_->writeText(path("missing\\Upgrade.exe"), "x"); }).number(),
-            error_number::kPathFileAccess);
 }
 
 TEST_F(FileSystemTest, AppendTextToAPipeThatNobodyReadsFailsAtOnce) {

@@ -78,25 +78,50 @@ struct HandleCloser {
 };
 using Handle = std::unique_ptr<void, HandleCloser>;
 
-// A name of its own beside the destination, where the copy grows until it is whole.
+// A name of its own beside the destination, where the new content grows until it is whole.
 std::wstring nameBeside(const std::wstring& path) {
   return path + L"." + std::to_wstring(::GetCurrentProcessId()) + L".new";
 }
 
-// A read-only destination is refused, as the runtime does; the copy takes the time of its source along.
-void copyWhole(std::string_view source, std::string_view destination) {
-  const std::wstring target = wideText(destination);
+// Gives the target a new content, which grow(name) makes; it is replaced whole or not at all. A read-only one
+// is refused, as the runtime does. Returns the system's number, 0 when it is done.
+template <typename Grow>
+DWORD replace(const std::wstring& target, Grow&& grow) {
   const DWORD former = ::GetFileAttributesW(target.c_str());
   if (former != INVALID_FILE_ATTRIBUTES && (isFolder(former) || (former & FILE_ATTRIBUTE_READONLY) != 0)) {
-    throw failureAt(destination, error::kPermissionDenied, ERROR_ACCESS_DENIED);
+    return ERROR_ACCESS_DENIED;
   }
   const std::wstring growing = nameBeside(target);
-  check(::CopyFileW(wideText(source).c_str(), growing.c_str(), FALSE), destination, error::kPathNotFound);
-  if (::MoveFileExW(growing.c_str(), target.c_str(), MOVEFILE_REPLACE_EXISTING)) return;
+  if (grow(growing.c_str()) && ::MoveFileExW(growing.c_str(), target.c_str(), MOVEFILE_REPLACE_EXISTING)) {
+    return ERROR_SUCCESS;
+  }
   const DWORD number = ::GetLastError();
   ::SetFileAttributesW(growing.c_str(), FILE_ATTRIBUTE_NORMAL);
   ::DeleteFileW(growing.c_str());
-  throw failureAt(destination, runtimeNumber(number, error::kPathNotFound), number);
+  return number;
+}
+
+// The copy takes the time of its source along.
+void copyWhole(std::string_view source, std::string_view destination) {
+  const DWORD number = replace(wideText(destination), [&](const wchar_t* growing) {
+    return ::CopyFileW(wideText(source).c_str(), growing, FALSE);
+  });
+  if (number != ERROR_SUCCESS) {
+    throw failureAt(destination, runtimeNumber(number, error::kPathNotFound), number);
+  }
+}
+
+// Writes all of the bytes at once; the last error tells why not.
+BOOL writeAtOnce(HANDLE opened, std::string_view bytes) {
+  if (opened == INVALID_HANDLE_VALUE) return FALSE;
+  const Handle file(opened);
+  DWORD written = 0;
+  if (!::WriteFile(file.get(), bytes.data(), static_cast<DWORD>(bytes.size()), &written, nullptr)) {
+    return FALSE;
+  }
+  if (written == bytes.size()) return TRUE;
+  ::SetLastError(ERROR_DISK_FULL);
+  return FALSE;
 }
 
 // Names of the items right in a folder, of folders or of the rest, in order.
@@ -161,13 +186,16 @@ class WindowsFileSystem final : public FileSystem {
     const HANDLE opened =
         ::CreateFileW(wideText(path).c_str(), FILE_APPEND_DATA, FILE_SHARE_READ | FILE_SHARE_WRITE, nullptr,
                       OPEN_ALWAYS, FILE_ATTRIBUTE_NORMAL, nullptr);
-    if (opened == INVALID_HANDLE_VALUE) throw failureAt(path, error::kPathFileAccess, ::GetLastError());
-    const Handle file(opened);
-    DWORD written = 0;
-    const BOOL done =
-        ::WriteFile(file.get(), bytes.data(), static_cast<DWORD>(bytes.size()), &written, nullptr);
-    if (!done) throw failureAt(path, error::kPathFileAccess, ::GetLastError());
-    if (written != bytes.size()) throw failureAt(path, error::kPathFileAccess, ERROR_DISK_FULL);
+    if (!writeAtOnce(opened, bytes)) throw failureAt(path, error::kPathFileAccess, ::GetLastError());
+  }
+
+  void writeText(std::string_view path, std::string_view bytes) override {
+    const DWORD number = replace(wideText(path), [&](const wchar_t* growing) {
+      const HANDLE opened =
+          ::CreateFileW(growing, GENERIC_WRITE, 0, nullptr, CREATE_ALWAYS, FILE_ATTRIBUTE_NORMAL, nullptr);
+      return writeAtOnce(opened, bytes);
+    });
+    if (number != ERROR_SUCCESS) throw failureAt(path, error::kPathFileAccess, number);
   }
 };
 
