@@ -18,7 +18,6 @@
 #include "platform/linux/access_driver.h"
 #include "platform/linux/console.h"
 #include "platform/linux/file_system.h"
-#include "platform/linux/linux_platform.h"
 #include "platform/linux/metabase/metabase_file.h"
 #include "platform/platform.h"
 #include "platform/shared/odbc/odbc_databases.h"

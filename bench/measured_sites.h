@@ -84,6 +84,21 @@ inline double exponent(const Spent& smaller, const Spent& larger, double growth)
   return std::log(larger.processor / smaller.processor) / std::log(growth);
 }
 
+// Measures and prints one size behind the other, and how the time of what is told by its member grows.
+template <typename Times>
+void measureGrowth(const std::vector<int>& sizes, Times (*measure)(int), Spent Times::*work) {
+  std::vector<Times> all;
+  for (const int size : sizes) {
+    all.push_back(measure(size));
+    print(all.back());
+    if (all.size() < 2) continue;
+    const Times& smaller = all[all.size() - 2];
+    const Times& larger = all.back();
+    std::printf("  exponent      %8.2f\n",
+                exponent(smaller.*work, larger.*work, static_cast<double>(larger.sites) / smaller.sites));
+  }
+}
+
 inline void print(const char* what, const Spent& spent) {
   std::printf("  %-13s %8.3f s of the processor %8.3f s on the wall\n", what, spent.processor, spent.wall);
 }

@@ -7,14 +7,12 @@
 //   exponent  how time grows from one size to the next (1 is linear).
 // Sizes are arguments; without any, 100, 300 and 1000.
 #include <cstdio>
-#include <iostream>
 #include <pugixml.hpp>
 #include <string>
 #include <vector>
 
 #include "core/err.h"
 #include "metabase/site_listing.h"
-#include "platform/linux/linux_platform.h"
 #include "scratch_servers.h"
 #include "transfer/export_frame.h"
 
@@ -75,22 +73,11 @@ void print(const Times& times) {
               times.exporting.processor / times.bare.processor, times.exporting.wall / times.bare.wall);
 }
 
-void measureAll(const std::vector<int>& sizes) {
-  std::vector<Times> all;
-  for (const int size : sizes) {
-    all.push_back(measure(size));
-    print(all.back());
-    if (all.size() < 2) continue;
-    const Times& smaller = all[all.size() - 2];
-    const Times& larger = all.back();
-    std::printf("  exponent      %8.2f\n", exponent(smaller.exporting, larger.exporting,
-                                                    static_cast<double>(larger.sites) / smaller.sites));
-  }
-}
-
 }  // namespace
 }  // namespace trelvin
 
 int main(int argc, char** argv) {
-  return trelvin::measureSizes(argc, argv, {100, 300, 1000}, trelvin::measureAll);
+  return trelvin::measureSizes(argc, argv, {100, 300, 1000}, [](const std::vector<int>& sizes) {
+    trelvin::measureGrowth(sizes, trelvin::measure, &trelvin::Times::exporting);
+  });
 }

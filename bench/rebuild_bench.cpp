@@ -12,14 +12,12 @@
 
 #include <cstdio>
 #include <fstream>
-#include <iostream>
 #include <sstream>
 #include <string>
 #include <vector>
 
 #include "core/err.h"
 #include "metabase/site_listing.h"
-#include "platform/linux/linux_platform.h"
 #include "scratch_servers.h"
 #include "transfer/export_frame.h"
 
@@ -105,22 +103,11 @@ void print(const Times& times) {
               times.rebuildingPeak);
 }
 
-void measureAll(const std::vector<int>& sizes) {
-  std::vector<Times> all;
-  for (const int size : sizes) {
-    all.push_back(measure(size));
-    print(all.back());
-    if (all.size() < 2) continue;
-    const Times& smaller = all[all.size() - 2];
-    const Times& larger = all.back();
-    std::printf("  exponent      %8.2f\n", exponent(smaller.rebuilding, larger.rebuilding,
-                                                    static_cast<double>(larger.sites) / smaller.sites));
-  }
-}
-
 }  // namespace
 }  // namespace trelvin
 
 int main(int argc, char** argv) {
-  return trelvin::measureSizes(argc, argv, {100, 300, 1000}, trelvin::measureAll);
+  return trelvin::measureSizes(argc, argv, {100, 300, 1000}, [](const std::vector<int>& sizes) {
+    trelvin::measureGrowth(sizes, trelvin::measure, &trelvin::Times::rebuilding);
+  });
 }

@@ -1,7 +1,7 @@
 #!/usr/bin/env bash
-# Shows Trelvin at work on a copy of the sample servers: builds it, stores sites of a server in a database, then moves
-# two web sites and an FTP site from an IIS 5 and an IIS 6 to a new IIS 6, and compares. The samples stay as they are;
-# the copy, the logs and all that the runs tell are left in build/demo.
+# Shows Trelvin at work on a copy of the sample servers: builds it, stores sites of an IIS 5 in a database, rebuilds
+# them from there on a new IIS 6 and compares; then moves two web sites and an FTP site straight from server to server,
+# and compares. The samples stay as they are; the copy, the logs and all that the runs tell are left in build/demo.
 #
 #   scripts/demo.sh [job]      runs just that job; a name in samples/jobs that stores sites
 set -euo pipefail
@@ -10,6 +10,7 @@ source scripts/packages.sh
 
 job=${1:-web5-sites.job}
 # Each moves one site to NEW6.
+readonly kRebuild=rebuild-stored-sites.job
 readonly kMoves=(move-web5-site.job move-web6-site.job move-web5-ftp.job)
 if [[ $job != *.job || ! -f samples/jobs/$job ]]; then
   echo "There is no job samples/jobs/$job. These can be run:" >&2
@@ -73,6 +74,9 @@ showDatabase() {
        ORDER BY ID LIMIT 60"
 }
 
+# The connection string of a database. $1: its path.
+connectionTo() { printf 'DBQ=Z:%s;Driver={Microsoft Access Driver (*.mdb)};' "$1"; }
+
 # The sites of a server go into the database of the comparison. $1: server, $2: its version, $3: service, $4: site, or
 # "all".
 storeForComparison() {
@@ -81,14 +85,15 @@ storeForComparison() {
   printf '%s\n' '[Job Details]' Sites=1 "ImportServer=$1" ExportServer=Database "ImportVersion=$2" ExportVersion=IIS6 \
     "Type=$3" AutoStartSites=False 'SiteCreationMode=Create New' FindReplaceCount=0 "BackupAllSites=$all" \
     '[1Site]' "SiteName=IIS://$1/$3/$4" >"$program/compare.job"
-  runJob compare.job -C "DBQ=Z:$compared;Driver={Microsoft Access Driver (*.mdb)};" >/dev/null
+  runJob compare.job -C "$(connectionTo "$compared")" >/dev/null
 }
 
-# A site is told by its comment: on the target it has another number. Rows of the same node and property are compared.
+# A site is told by its comment: on the target it has another number. Another site of that comment may stand there
+# already; the one that came last counts. Rows of the same node and property are compared.
 showComparison() {
   database=$compared
   ask "CREATE TEMP VIEW Latest AS SELECT SiteName, Type, min(ID) AS Source, max(ID) AS Target FROM Sites
-         GROUP BY SiteName, Type HAVING count(*) = 2;
+         GROUP BY SiteName, Type HAVING count(*) > 1;
        CREATE TEMP VIEW Pairs AS SELECT Latest.SiteName, Latest.Type, source.Location, source.Name,
            $(valueOf source) AS Was, $(valueOf target) AS Has, target.ID AS Found
          FROM Latest JOIN Data AS source ON source.SiteNumber = Latest.Source AND source.AppPoolName IS NULL
@@ -123,6 +128,30 @@ demoStore() {
   showDatabase
 }
 
+# The server to move to, as it came.
+renewTarget() {
+  rm -rf "$scratch/servers/NEW6"
+  cp -r samples/servers/NEW6 "$scratch/servers/NEW6"
+}
+
+demoRebuild() {
+  heading "Out of the database onto another server: samples/jobs/$kRebuild"
+  cp "samples/jobs/$kRebuild" "$program/$kRebuild"
+  tr -d '\r' <"samples/jobs/$kRebuild"
+  heading "The run: trelvin -RUNBACKUP -B $kRebuild -C $(connectionTo "$database")"
+  rm -f "$scratch/Trelvin.log"
+  runJob "$kRebuild" -C "$(connectionTo "$database")"
+  echo "In the log, what is worth a look:"
+  grep -E 'Error|Exporting from|Deleteing|Creating Web Site' <(showLog) || true
+  heading "Stored and rebuilt sites compared with their source"
+  cp "$program/ForBackups.mdb" "$compared"
+  local site
+  for site in 1 3 4; do storeForComparison WEB5 IIS5 W3SVC "$site"; done
+  storeForComparison NEW6 IIS6 W3SVC all
+  showComparison
+  renewTarget
+}
+
 demoMove() {
   local move
   for move in "${kMoves[@]}"; do
@@ -154,4 +183,7 @@ echo "$program/trelvin"
 cp -r samples/servers "$scratch/servers"
 
 demoStore
-[[ $# -gt 0 ]] || demoMove
+if [[ $# -eq 0 ]]; then
+  demoRebuild
+  demoMove
+fi

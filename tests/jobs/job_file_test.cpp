@@ -123,13 +123,6 @@ class JobFile : public JobTest {
     }
     return lines;
   }
-  static std::vector<std::string> selectedSites() {
-    std::vector<std::string> names;
-    for (std::int32_t i = 0; i < frmMain.lstSites.listCount(); ++i) {
-      if (frmMain.lstSites.selected(i)) names.push_back(frmMain.lstSites.list(i));
-    }
-    return names;
-  }
   // The window as it comes up after a start, with the saved job read into it.
   void readSavedIntoFreshWindow() {
     renew(frmMain);

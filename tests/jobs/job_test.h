@@ -9,6 +9,7 @@
 #include "core/run_state.h"
 #include "fakes/export_test.h"
 #include "platform/linux/paths.h"
+#include "window/frm_main.h"
 
 namespace trelvin::test {
 
@@ -51,6 +52,14 @@ class JobTest : public ExportTest {
     run.sBackupJob = jobPath();
   }
   [[nodiscard]] std::string jobPath() const { return windowsPath((folder / "j.job").string()); }
+
+  static std::vector<std::string> selectedSites() {
+    std::vector<std::string> names;
+    for (std::int32_t i = 0; i < frmMain.lstSites.listCount(); ++i) {
+      if (frmMain.lstSites.selected(i)) names.push_back(frmMain.lstSites.list(i));
+    }
+    return names;
+  }
 
   // Where the clock of the tests puts a run's own database.
   static constexpr const char* kPerRun = "BackupJobs\\20040307-0230.mdb";

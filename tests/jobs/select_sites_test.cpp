@@ -46,13 +46,6 @@ class SelectSites : public JobTest {
     run.bRunBackup = true;
     SelectSitesFromBackup();
   }
-  static std::vector<std::string> selectedSites() {
-    std::vector<std::string> names;
-    for (std::int32_t i = 0; i < frmMain.lstSites.listCount(); ++i) {
-      if (frmMain.lstSites.selected(i)) names.push_back(frmMain.lstSites.list(i));
-    }
-    return names;
-  }
 };
 
 // The file.

@@ -200,6 +200,25 @@ TEST_F(WaysThatDiffer, NewBindingsComeOutOfTheDatabaseBehindTheFormerOnes) {
   EXPECT_EQ(at(throughDatabase(1), " ServerBindings"), "list [:80:] [192.0.2.1:8080:]");
 }
 
+TEST_F(WaysThatDiffer, BindingsThatAreExcludedComeOutOfTheDatabaseOnce) {
+  openBoth(shop({}, {}, {{"SecureBindings", ":443:"}}));
+  for (const char* name : {"ServerBindings", "SecureBindings"}) frmMain.lstExclude.addItem(name);
+  sendBothWays();
+  for (const SiteContent& site : {straight(1), throughDatabase(1)}) {
+    EXPECT_EQ(at(site, " ServerBindings"), "list [:80:]");
+    EXPECT_EQ(at(site, " SecureBindings"), "list [:443:]");
+  }
+}
+
+TEST_F(WaysThatDiffer, AListOfObjectsIsRefusedByTheTargetOfTheDatabaseAlone) {
+  send(shop({}, {{"MimeMap", ".job,text/plain"}}));
+  EXPECT_EQ(at(straight(1), "/ROOT MimeMap"), kUnset);
+  EXPECT_EQ(at(throughDatabase(1), "/ROOT MimeMap"), kUnset);
+  EXPECT_THAT(straightFailures, Contains(StartsWith("Error transfering Property MimeMap")));
+  EXPECT_THAT(storeFailures, Contains(StartsWith("Error transfering Property MimeMap")));
+  EXPECT_THAT(rebuildFailures, Contains(StartsWith("Error transfering Prop MimeMap")));
+}
+
 TEST_F(WaysThatDiffer, AnEmptyListIsNotStored) {
   send(shop({}, {{"HttpErrors", ""}}));
   EXPECT_EQ(at(straight(1), "/ROOT HttpErrors"), "list");
@@ -293,6 +312,7 @@ TEST_F(WaysThatDiffer, ANumberOfTwoDigitsIsNotPreservedThroughTheDatabase) {
   EXPECT_EQ(at(throughDatabase(7), " ServerComment"), "8 Shop 7");
   EXPECT_EQ(at(throughDatabase(105), " ServerComment"), "8 Shop 105");
   EXPECT_FALSE(throughDatabase(12).contains(" class"));
+  EXPECT_EQ(at(throughDatabase(106), " ServerComment"), "8 Shop 12") << "it follows the site before it";
 }
 
 TEST_F(WaysThatDiffer, ScriptMapsFromIis6DownwardsComeOutOfTheDatabaseAlone) {
