@@ -10,7 +10,7 @@ add_library(trelvin_metabase_file STATIC ${metabase_file_sources})
 target_link_libraries(trelvin_metabase_file PUBLIC trelvin_native PRIVATE pugixml::pugixml)
 include(EmbedSchema)
 
-file(GLOB linux_sources CONFIGURE_DEPENDS src/platform/*.cpp src/platform/linux/*.cpp)
+file(GLOB linux_sources CONFIGURE_DEPENDS src/platform/*.cpp src/platform/shared/*.cpp src/platform/linux/*.cpp)
 list(REMOVE_ITEM linux_sources ${CMAKE_SOURCE_DIR}/src/platform/linux/native_file.cpp)
 add_library(trelvin_linux STATIC ${linux_sources})
 target_link_libraries(trelvin_linux PUBLIC trelvin_metabase_file trelvin_odbc)

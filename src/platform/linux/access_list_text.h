@@ -25,11 +25,11 @@
 #include <string_view>
 #include <vector>
 
-#include "platform/ntfs.h"
+#include "platform/shared/record_list.h"
 
 namespace trelvin::access_list_text {
 
-// The place of a value in Record::values: its index less 1.
+// The place of a value in a record: its index less 1.
 enum Field : std::uint8_t { kType = 0, kFlags = 1, kMask = 2 };
 
 enum Flag : std::int32_t {
@@ -42,10 +42,7 @@ enum Flag : std::int32_t {
   kAuditFailure = 0x80,      // FA
 };
 
-struct Record {
-  std::string account;
-  std::array<std::int32_t, AccessEntry::kValueCount> values{};
-};
+using Record = AccessRecord;
 
 // The entry's line, with the line feed at its end. The account has to be one that nothing is wrong with.
 std::string format(const Record& record);

@@ -5,7 +5,6 @@
 #include <algorithm>
 #include <cerrno>
 #include <filesystem>
-#include <list>
 #include <stdexcept>
 #include <system_error>
 #include <utility>
@@ -21,7 +20,7 @@ namespace trelvin {
 namespace {
 
 namespace text = access_list_text;
-using text::Record;
+using Record = AccessRecord;
 
 // A path as the program writes it, and where that lies.
 struct Place {
@@ -150,85 +149,27 @@ void carryOut(const std::vector<Change>& changes) {
   }
 }
 
-// Keeps the text of a failure for lastError.
-template <typename Operation>
-auto recorded(std::string& lastError, Operation&& operation) {
-  try {
-    return operation();
-  } catch (const Failure& failure) {
-    lastError = failure.description();
-    throw;
-  }
-}
-
-class Entry final : public AccessEntry {
+class AttributeList final : public RecordList {
  public:
-  Entry() = default;
-  explicit Entry(Record record) : record_(std::move(record)) {}
-
-  [[nodiscard]] const Record& record() const { return record_; }
-
-  [[nodiscard]] std::string accountName() const override { return record_.account; }
-  void setAccountName(std::string_view name) override { record_.account = name; }
-  [[nodiscard]] std::int32_t accessValue(int index) const override { return record_.values[placeOf(index)]; }
-  void setAccessValue(int index, std::int32_t value) override { record_.values[placeOf(index)] = value; }
+  AttributeList(Place place, std::vector<Record> records, LastError lastError)
+      : RecordList(std::move(records), std::move(lastError)), place_(std::move(place)) {}
 
  private:
-  static std::size_t placeOf(int index) {
-    if (index < 1 || index > kValueCount) throw Failure(error_number::kSubscriptOutOfRange);
-    return static_cast<std::size_t>(index) - 1;
-  }
-
-  Record record_;
-};
-
-class AttributeList final : public AccessList {
- public:
-  AttributeList(Place place, std::vector<Record> records, std::shared_ptr<std::string> lastError)
-      : place_(std::move(place)), lastError_(std::move(lastError)) {
-    for (Record& record : records) entries_.emplace_back(std::move(record));
-  }
-
-  void forEachAccount(const std::function<void(const AccessEntry& entry)>& visit) const override {
-    for (const Entry& entry : entries_) visit(entry);
-  }
-
-  AccessEntry& addAccount() override { return entries_.emplace_back(); }
-
-  void removeAccount(std::int32_t index) override {
-    const bool isThere = index >= 1 && static_cast<std::size_t>(index) <= entries_.size();
-    if (!isThere) throw Failure(error_number::kSubscriptOutOfRange);
-    entries_.erase(std::next(entries_.begin(), index - 1));
-  }
-
-  void writeAccounts() override {
-    recorded(*lastError_, [this] { carryOut(changes()); });
-  }
-
-  void setFirstApplyFlag(bool flag) override { firstApplyFlag_ = flag; }
-  void setSecondApplyFlag(bool flag) override { secondApplyFlag_ = flag; }
-
- private:
-  [[nodiscard]] std::vector<Record> records() const {
-    std::vector<Record> records;
-    for (const Entry& entry : entries_) records.push_back(entry.record());
-    return records;
-  }
+  void write(const std::vector<Record>& wanted) override { carryOut(changes(wanted)); }
 
   void check(const std::vector<Record>& records) const {
-    if (firstApplyFlag_) throw failureAt(place_, "written", "nothing here lets subfolders inherit it");
+    if (firstApplyFlag()) throw failureAt(place_, "written", "nothing here lets subfolders inherit it");
     for (const Record& record : records) {
       const std::string fault = text::faultOfAccount(record.account);
       if (!fault.empty()) throw failureAt(place_, "written", fault);
     }
   }
 
-  [[nodiscard]] std::vector<Change> changes() const {
-    const std::vector<Record> wanted = records();
+  [[nodiscard]] std::vector<Change> changes(const std::vector<Record>& wanted) const {
     check(wanted);
     const File file = at(place_, "written", [this] { return find(place_); });
     std::vector<Change> changes{{place_, {}, formatAll(wanted)}};
-    if (secondApplyFlag_ && S_ISDIR(file.status.st_mode)) {
+    if (secondApplyFlag() && S_ISDIR(file.status.st_mode)) {
       changes[0].before = at(place_, "read", [this] { return readAccessListAttribute(place_.nativePath); });
       addInheritances(place_, wanted, changes);
     }
@@ -236,12 +177,6 @@ class AttributeList final : public AccessList {
   }
 
   Place place_;
-  // A list, because an entry that was handed out stays where it is.
-  std::list<Entry> entries_;
-  bool firstApplyFlag_ = false;
-  bool secondApplyFlag_ = false;
-  // The control's own; the list may be used longer than the control.
-  std::shared_ptr<std::string> lastError_;
 };
 
 class AttributeControl final : public NtfsControl {
@@ -254,7 +189,7 @@ class AttributeControl final : public NtfsControl {
   }
 
   std::unique_ptr<AccessList> getAccounts() override {
-    return recorded(*lastError_, [this]() -> std::unique_ptr<AccessList> {
+    return recorded(lastError_, [this]() -> std::unique_ptr<AccessList> {
       Place place = lookUp();
       auto records =
           at(place, "read", [&] { return text::parse(readAccessListAttribute(place.nativePath)); });
@@ -275,7 +210,7 @@ class AttributeControl final : public NtfsControl {
 
   PathMapping toNative_;
   std::string path_;
-  std::shared_ptr<std::string> lastError_ = std::make_shared<std::string>();
+  LastError lastError_ = std::make_shared<std::string>();
 };
 
 }  // namespace
