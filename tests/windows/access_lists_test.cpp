@@ -5,7 +5,6 @@
 #include <gtest/gtest.h>
 
 #include <string>
-#include <utility>
 #include <vector>
 
 #include "core/err.h"
@@ -68,46 +67,6 @@ class AccessListsTest : public testing::Test {
     return first == std::string::npos ? std::string() : entries.substr(first);
   }
 
-  // A list of entries that allow Everyone something on one kind of object each.
-  static void setObjectEntries(const char* path, const std::vector<std::pair<GUID*, GUID*>>& kinds) {
-    std::vector<std::uint8_t> everyone(SECURITY_MAX_SID_SIZE);
-    auto size = static_cast<DWORD>(everyone.size());
-    ASSERT_TRUE(::CreateWellKnownSid(WinWorldSid, nullptr, everyone.data(), &size));
-    std::vector<std::uint8_t> bytes(1024);
-    auto* list = reinterpret_cast<PACL>(bytes.data());
-    ASSERT_TRUE(::InitializeAcl(list, static_cast<DWORD>(bytes.size()), ACL_REVISION_DS));
-    for (const auto& [object, inheriting] : kinds) {
-      ASSERT_TRUE(::AddAccessAllowedObjectAce(list, ACL_REVISION_DS, CONTAINER_INHERIT_ACE, KEY_READ, object,
-                                              inheriting, everyone.data()));
-    }
-    SECURITY_DESCRIPTOR descriptor{};
-    ::InitializeSecurityDescriptor(&descriptor, SECURITY_DESCRIPTOR_REVISION);
-    ::SetSecurityDescriptorDacl(&descriptor, TRUE, list, FALSE);
-    HKEY key = nullptr;
-    ASSERT_EQ(::RegOpenKeyExA(HKEY_CURRENT_USER, path, 0, WRITE_DAC, &key), ERROR_SUCCESS);
-    EXPECT_EQ(::RegSetKeySecurity(key, DACL_SECURITY_INFORMATION, &descriptor), ERROR_SUCCESS);
-    ::RegCloseKey(key);
-  }
-
-  // The entries as Windows lays them out.
-  static std::vector<std::uint8_t> bytesOf(const char* path) {
-    PSECURITY_DESCRIPTOR descriptor = nullptr;
-    PACL list = nullptr;
-    const std::string name = "CURRENT_USER\\" + std::string(path);
-    EXPECT_EQ(::GetNamedSecurityInfoA(name.c_str(), SE_REGISTRY_KEY, DACL_SECURITY_INFORMATION, nullptr,
-                                      nullptr, &list, nullptr, &descriptor),
-              DWORD{ERROR_SUCCESS});
-    std::vector<std::uint8_t> bytes;
-    for (DWORD i = 0; list != nullptr && i < list->AceCount; ++i) {
-      void* entry = nullptr;
-      EXPECT_TRUE(::GetAce(list, i, &entry));
-      const auto* first = static_cast<const std::uint8_t*>(entry);
-      bytes.insert(bytes.end(), first, first + static_cast<const ACE_HEADER*>(entry)->AceSize);
-    }
-    ::LocalFree(descriptor);
-    return bytes;
-  }
-
   std::unique_ptr<AccessList> take(const char* path) {
     control_->setFileOrDirectory(path);
     return control_->getAccounts();
@@ -158,16 +117,6 @@ TEST_F(AccessListsTest, ACopiedListEqualsItsSource) {
   copyList();
   EXPECT_EQ(textOf(kTarget), before);
   EXPECT_EQ(textOf(kSource), before);
-}
-
-TEST_F(AccessListsTest, AnEntryForOneKindOfObjectKeepsItsGuids) {
-  GUID object{0xbf967aba, 0x0de6, 0x11d0, {0xa2, 0x85, 0x00, 0xaa, 0x00, 0x30, 0x49, 0xe2}};
-  GUID inheriting{0x12345678, 0x9abc, 0xdef0, {1, 2, 3, 4, 5, 6, 7, 8}};
-  setObjectEntries(kSource, {{&object, &inheriting}, {nullptr, &inheriting}, {&object, nullptr}});
-  const std::vector<std::uint8_t> before = bytesOf(kSource);
-  ASSERT_GT(before.size(), sizeof(ACL) + 4 * sizeof(GUID));
-  copyList();
-  EXPECT_EQ(bytesOf(kTarget), before);
 }
 
 TEST_F(AccessListsTest, WhatDeniesComesBeforeWhatAllows) {

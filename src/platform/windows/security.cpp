@@ -5,8 +5,8 @@
 #include <utility>
 
 #include "core/err.h"
+#include "platform/windows/security_entry.h"
 #include "platform/windows/wide_text.h"
-#include "platform/windows/windows_api.h"
 
 // It needs what windows.h brings.
 #include <aclapi.h>
@@ -14,13 +14,6 @@
 namespace trelvin {
 
 namespace {
-
-constexpr std::size_t kTypeValue = 0;
-constexpr std::size_t kFlagsValue = 1;
-constexpr std::size_t kMaskValue = 2;
-constexpr std::size_t kObjectFlagsValue = 3;
-constexpr std::size_t kObjectGuidValue = 4;
-constexpr std::size_t kInheritedGuidValue = 8;
 
 [[noreturn]] void fail(const std::string& path, const char* undone, const std::string& cause) {
   throw Failure(error_number::kControlException,
@@ -35,18 +28,6 @@ struct LocalFreer {
   void operator()(void* memory) const { ::LocalFree(memory); }
 };
 using LocalDescriptor = std::unique_ptr<void, LocalFreer>;
-
-bool isObjectType(int type) {
-  return type == ACCESS_ALLOWED_OBJECT_ACE_TYPE || type == ACCESS_DENIED_OBJECT_ACE_TYPE;
-}
-
-bool isPlainType(int type) {
-  return type == ACCESS_ALLOWED_ACE_TYPE || type == ACCESS_DENIED_ACE_TYPE;
-}
-
-bool denies(int type) {
-  return type == ACCESS_DENIED_ACE_TYPE || type == ACCESS_DENIED_OBJECT_ACE_TYPE;
-}
 
 // The server that a network path names; the empty text, which stands for this machine, for any other path.
 std::wstring serverOf(const std::string& path) {
@@ -87,62 +68,6 @@ std::vector<std::uint8_t> sidOf(const std::wstring& server, const std::string& a
   }
   sid.resize(sidSize);
   return sid;
-}
-
-void keepGuid(AccessRecord& record, std::size_t first, const std::uint8_t* bytes) {
-  std::memcpy(&record.values[first], bytes, sizeof(GUID));
-}
-
-// Reads the entry's own fields; returns where its account's identifier begins.
-PSID readFields(const ACE_HEADER* header, AccessRecord& record) {
-  record.values[kTypeValue] = header->AceType;
-  record.values[kFlagsValue] = header->AceFlags;
-  const auto* bytes = reinterpret_cast<const std::uint8_t*>(header) + sizeof(ACE_HEADER);
-  std::memcpy(&record.values[kMaskValue], bytes, sizeof(DWORD));
-  bytes += sizeof(DWORD);
-  if (isObjectType(header->AceType)) {
-    DWORD given = 0;
-    std::memcpy(&given, bytes, sizeof given);
-    bytes += sizeof given;
-    record.values[kObjectFlagsValue] = static_cast<std::int32_t>(given);
-    if ((given & ACE_OBJECT_TYPE_PRESENT) != 0) {
-      keepGuid(record, kObjectGuidValue, bytes);
-      bytes += sizeof(GUID);
-    }
-    if ((given & ACE_INHERITED_OBJECT_TYPE_PRESENT) != 0) {
-      keepGuid(record, kInheritedGuidValue, bytes);
-      bytes += sizeof(GUID);
-    }
-  }
-  return const_cast<std::uint8_t*>(bytes);
-}
-
-template <typename Field>
-void append(std::vector<std::uint8_t>& bytes, const Field& field, std::size_t size = sizeof(Field)) {
-  const auto* from = reinterpret_cast<const std::uint8_t*>(&field);
-  bytes.insert(bytes.end(), from, from + size);
-}
-
-// The entry as Windows lays it out.
-std::vector<std::uint8_t> entryOf(const AccessRecord& record, const std::vector<std::uint8_t>& sid) {
-  std::vector<std::uint8_t> entry(sizeof(ACE_HEADER));
-  append(entry, record.values[kMaskValue]);
-  const std::int32_t type = record.values[kTypeValue];
-  if (isObjectType(type)) {
-    const auto given = static_cast<DWORD>(record.values[kObjectFlagsValue]);
-    append(entry, given);
-    if ((given & ACE_OBJECT_TYPE_PRESENT) != 0) append(entry, record.values[kObjectGuidValue], sizeof(GUID));
-    if ((given & ACE_INHERITED_OBJECT_TYPE_PRESENT) != 0) {
-      append(entry, record.values[kInheritedGuidValue], sizeof(GUID));
-    }
-  }
-  entry.insert(entry.end(), sid.begin(), sid.end());
-  ACE_HEADER header{};
-  header.AceType = static_cast<BYTE>(type);
-  header.AceFlags = static_cast<BYTE>(record.values[kFlagsValue] & ~std::int32_t{INHERITED_ACE});
-  header.AceSize = static_cast<WORD>(entry.size());
-  std::memcpy(entry.data(), &header, sizeof header);
-  return entry;
 }
 
 // An access list that is put together entry by entry.
@@ -191,11 +116,11 @@ class WindowsSecurity final : public SecurityStore {
     std::vector<AccessRecord> records;
     forEachEntry(list, [&](const ACE_HEADER* entry) {
       if ((entry->AceFlags & INHERITED_ACE) != 0) return;
-      if (!isPlainType(entry->AceType) && !isObjectType(entry->AceType)) {
+      if (!isKnownEntryType(entry->AceType)) {
         fail(path, "read", "it holds an entry of the unknown type " + std::to_string(entry->AceType));
       }
       AccessRecord record;
-      PSID sid = readFields(entry, record);
+      PSID sid = readEntry(entry, record);
       record.account = accountOf(server, sid, path);
       records.push_back(std::move(record));
     });
@@ -242,11 +167,11 @@ class WindowsSecurity final : public SecurityStore {
     const std::wstring server = serverOf(path);
     for (const bool denying : {true, false}) {
       for (const AccessRecord& record : records) {
-        const std::int32_t type = record.values[kTypeValue];
-        if (!isPlainType(type) && !isObjectType(type)) {
+        const std::int32_t type = entryTypeOf(record);
+        if (!isKnownEntryType(type)) {
           fail(path, "written", "an entry has the unknown type " + std::to_string(type));
         }
-        if (denies(type) != denying) continue;
+        if (deniesAccess(type) != denying) continue;
         const std::vector<std::uint8_t> entry = entryOf(record, sidOf(server, record.account, path));
         builder.add(entry.data(), entry.size());
       }
