@@ -700,6 +700,26 @@ TEST_F(JobFile, RunsUnattended) {
             (Rows{{"E:\\sites\\1"}, {"E:\\sites\\3"}}));
 }
 
+TEST_F(JobFile, OfStoredSitesRunsUnattended) {
+  addServer("NEW6", metabaseFile(webService(plainSite(1, "There"))));
+  openOnStoredSites();
+  executeOn("TrelvinData.mdb",
+            "INSERT INTO Data (SiteNumber, Location, Name, Class, DataType, LocalPath, StringValue) "
+            "VALUES (2, '', 'ServerComment', 'IIsWebServer', 8, '7', 'Second')");
+  exportTo("NEW6");
+  select({1});
+  frmMain.optOverwritePreserve.setValue(true);
+  save();
+  renew(frmMain);
+  run = RunState{};
+  start("-RUNBACKUP -B " + savedPath());
+  platform().metabase.reset();  // every change gets into the file
+  metabase = nullptr;
+  EXPECT_THAT(metabaseOf("NEW6"), HasSubstr("Location =\"/LM/W3SVC/7\""));
+  EXPECT_THAT(metabaseOf("NEW6"), HasSubstr("ServerComment=\"Second\""));
+  EXPECT_THAT(metabaseOf("NEW6"), HasSubstr("ServerComment=\"There\""));
+}
+
 TEST_F(JobFile, OfAllSitesTakesALaterSiteWhenItWasSaidSo) {
   for (const auto& [answer, stored] : std::vector<std::pair<Answer, std::vector<std::string>>>{
            {Answer::kYes, {"Shop", "Wiki", "Mail", "Late"}}, {Answer::kNo, {"Shop", "Wiki", "Mail"}}}) {
