@@ -65,7 +65,7 @@ Place sitesPlace() {
 
 Place exclusionsPlace() {
   return {.control = "fraExclude",
-          .places = {{.control = "lstExclude", .share = 1, .lines = 2, .characters = 20},
+          .places = {{.control = "lstExclude", .share = 1, .lines = 3, .characters = 20},
                      {.control = "lblAddExclusion", .names = "txtAddExclusion"},
                      row({{.control = "txtAddExclusion",
                            .returnPresses = "cmdAddExclusion",
@@ -210,7 +210,7 @@ WindowLayout mainLayout() {
 }
 
 WindowLayout welcomeLayout() {
-  return {.body = column({{.control = "lblAbout"},
+  return {.body = column({{.control = "lblAbout", .isTitle = true},
                           gap(),
                           row({gap(),
                                {.control = "cmdContinue", .accessKeys = "C"},

@@ -34,6 +34,7 @@ struct Place {
   bool isDropDown = false;      // of a list
   bool hasMarks = false;        // of a list: entries carry a check mark, and a click turns just that one
   bool isHeading = false;       // of a frame: a caption above its places, without a box around them
+  bool isTitle = false;         // of a label: the window's own words, in large letters
   bool isIndented = false;      // depends on the one above it
 };
 
@@ -58,6 +59,7 @@ struct WindowLayout {
 struct FormSize {
   std::int32_t width = 0;
   std::int32_t height = 0;
+  bool operator==(const FormSize&) const = default;
 };
 
 struct Window {

@@ -28,7 +28,6 @@ using desktop::toQt;
 
 namespace {
 
-constexpr int kWatchMilliseconds = 2;
 constexpr qint64 kFarTooLong = 20000;
 
 QWidget* findVisible(const QString& name) {
@@ -65,8 +64,8 @@ QWidget& focusWindow() {
 }  // namespace
 
 Person::Person(desktop::QtDesktop& desktop) : desktop_(desktop) {
-  QObject::connect(&watch_, &QTimer::timeout, &watch_, [this] { answer(); });
-  watch_.start(kWatchMilliseconds);
+  QObject::connect(&watch_, &QTimer::timeout, &watch_, [this] { act(); });
+  watch_.start(0);  // looks whenever events are dealt with
 }
 
 void Person::look() {
@@ -183,10 +182,12 @@ std::string Person::focus() {
 }
 
 void Person::willPress(const std::string& button) {
-  willDo([button](QDialog& box) {
-    QAbstractButton& pressed = buttonOf(box, button);
-    QTest::mouseClick(box.windowHandle(), Qt::LeftButton, {}, pressed.mapTo(&box, pressed.rect().center()));
-  });
+  willDo([button](QDialog& box) { press(box, button); });
+}
+
+void Person::press(QDialog& box, const std::string& button) {
+  QAbstractButton& pressed = buttonOf(box, button);
+  QTest::mouseClick(box.windowHandle(), Qt::LeftButton, {}, pressed.mapTo(&box, pressed.rect().center()));
 }
 
 void Person::willType(const std::string& text) {
@@ -206,6 +207,25 @@ void Person::willCancel() {
 
 void Person::willDo(std::function<void(QDialog&)> whatToDo) {
   answers_.push_back(std::move(whatToDo));
+}
+
+void Person::once(std::function<bool()> holds, std::function<void()> whatToDo) {
+  plans_.push_back({std::move(holds), std::move(whatToDo)});
+}
+
+void Person::clickBlindly(const std::string& control) {
+  QWidget& widget = see(control);
+  QTest::mouseClick(widget.window()->windowHandle(), Qt::LeftButton, {},
+                    widget.mapTo(widget.window(), widget.rect().center()));
+}
+
+void Person::act() {
+  if (!plans_.empty() && plans_.front().holds()) {
+    const Plan next = std::move(plans_.front());
+    plans_.pop_front();
+    next.whatToDo();
+  }
+  answer();
 }
 
 void Person::answer() {

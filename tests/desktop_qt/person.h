@@ -59,17 +59,28 @@ class Person {
   void willType(const std::string& text);               // into the box's field, and then OK
   void willCancel();                                    // with Escape
   void willDo(std::function<void(QDialog&)> whatToDo);  // which has to take the box away
+  static void press(QDialog& box, const std::string& button);
+  // Does something as soon as something holds, be it in the middle of what a click does. Nothing that looks.
+  void once(std::function<bool()> holds, std::function<void()> whatToDo);
+  // A click that is only sent.
+  static void clickBlindly(const std::string& control);
   // Titles and texts of the boxes that came up, "title: text", and a chooser's or an input box's title and
   // prompt.
   std::vector<std::string> boxes;
-  [[nodiscard]] bool isAnsweredOut() const { return answers_.empty(); }
+  [[nodiscard]] bool hasDoneAll() const { return answers_.empty() && plans_.empty(); }
 
  private:
+  void act();
   void answer();
   void mouse(QWidget& widget, QPoint place, Qt::KeyboardModifiers modifiers, bool isDouble = false);
 
   desktop::QtDesktop& desktop_;
+  struct Plan {
+    std::function<bool()> holds;
+    std::function<void()> whatToDo;
+  };
   std::deque<std::function<void(QDialog&)>> answers_;
+  std::deque<Plan> plans_;
   QTimer watch_;
   bool isAnswering_ = false;
 };

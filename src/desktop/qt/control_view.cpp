@@ -60,7 +60,7 @@ class FrameBox final : public QGroupBox {
 
 class FrameView final : public KindView<Frame, FrameBox> {
  public:
-  FrameView(Frame& control, const Place& place, QWidget& parent, Touches& /*touches*/)
+  FrameView(Frame& control, const Place& place, QWidget& parent, Desk& /*desk*/)
       : KindView(control, place, parent) {
     drawn().isHeading = place.isHeading;
     drawn().setFlat(place.isHeading);
@@ -73,24 +73,34 @@ class FrameView final : public KindView<Frame, FrameBox> {
 
 class LabelView final : public KindView<Label, QLabel> {
  public:
-  LabelView(Label& control, const Place& place, QWidget& parent, Touches& /*touches*/)
+  LabelView(Label& control, const Place& place, QWidget& parent, Desk& /*desk*/)
       : KindView(control, place, parent) {
     drawn().setWordWrap(place.names.empty());
     drawn().setTextFormat(Qt::PlainText);
+    if (place.isTitle) makeTitle();
   }
   void draw() override {
     WidgetView::draw();
     if (const auto caption = newCaption()) drawn().setText(*caption);
   }
+
+ private:
+  void makeTitle() {
+    QFont font = drawn().font();
+    font.setPointSizeF(font.pointSizeF() * 1.8);
+    drawn().setFont(font);
+    drawn().setWordWrap(false);
+    drawn().setMargin(drawn().fontMetrics().height());
+  }
 };
 
 class ButtonView final : public KindView<Button, QPushButton> {
  public:
-  ButtonView(Button& control, const Place& place, QWidget& parent, Touches& touches)
+  ButtonView(Button& control, const Place& place, QWidget& parent, Desk& desk)
       : KindView(control, place, parent) {
     drawn().setAutoDefault(true);  // the Return key presses a button that has the focus
-    QObject::connect(&drawn(), &QPushButton::clicked, &drawn(), [&control, &touches] {
-      touches.post(control, [&control] {
+    QObject::connect(&drawn(), &QPushButton::clicked, &drawn(), [&control, &desk] {
+      desk.touches.post(control, [&control] {
         if (control.onClick) control.onClick();
       });
     });
@@ -103,7 +113,7 @@ class ButtonView final : public KindView<Button, QPushButton> {
 
 class TextBoxView final : public KindView<TextBox, QLineEdit> {
  public:
-  TextBoxView(TextBox& control, const Place& place, QWidget& parent, Touches& /*touches*/)
+  TextBoxView(TextBox& control, const Place& place, QWidget& parent, Desk& /*desk*/)
       : KindView(control, place, parent) {
     drawn().setMinimumWidth(drawn().fontMetrics().averageCharWidth() * place.characters);
     // No routine hangs on it, so that it need not wait for its turn.
@@ -120,10 +130,10 @@ class TextBoxView final : public KindView<TextBox, QLineEdit> {
 // Qt sets a check box before anyone can object; what became of the touch is drawn over it.
 class CheckBoxView final : public KindView<CheckBox, QCheckBox> {
  public:
-  CheckBoxView(CheckBox& control, const Place& place, QWidget& parent, Touches& touches)
+  CheckBoxView(CheckBox& control, const Place& place, QWidget& parent, Desk& desk)
       : KindView(control, place, parent) {
-    QObject::connect(&drawn(), &QCheckBox::clicked, &drawn(), [&control, &touches](bool isChecked) {
-      touches.post(control, [&control, isChecked] { control.setValue(isChecked); });
+    QObject::connect(&drawn(), &QCheckBox::clicked, &drawn(), [&control, &desk](bool isChecked) {
+      desk.touches.post(control, [&control, isChecked] { control.setValue(isChecked); });
     });
   }
   void draw() override {
@@ -135,12 +145,12 @@ class CheckBoxView final : public KindView<CheckBox, QCheckBox> {
 
 class OptionView final : public KindView<OptionButton, QRadioButton> {
  public:
-  OptionView(OptionButton& control, const Place& place, QWidget& parent, Touches& touches)
+  OptionView(OptionButton& control, const Place& place, QWidget& parent, Desk& desk)
       : KindView(control, place, parent) {
     // Not only clicks: the arrow keys go from one option to the next.
-    QObject::connect(&drawn(), &QRadioButton::toggled, &drawn(), [this, &touches](bool isChecked) {
+    QObject::connect(&drawn(), &QRadioButton::toggled, &drawn(), [this, &desk](bool isChecked) {
       if (isDrawing_ || !isChecked) return;
-      touches.post(KindView::control(), [&option = KindView::control()] { option.setValue(true); });
+      desk.touches.post(KindView::control(), [&option = KindView::control()] { option.setValue(true); });
     });
   }
   void draw() override {
@@ -161,15 +171,15 @@ class OptionView final : public KindView<OptionButton, QRadioButton> {
 
 class TabStripView final : public KindView<TabStrip, QTabBar> {
  public:
-  TabStripView(TabStrip& control, const Place& place, QWidget& parent, Touches& touches)
+  TabStripView(TabStrip& control, const Place& place, QWidget& parent, Desk& desk)
       : KindView(control, place, parent), accessKeys_(place.accessKeys) {
     drawn().setExpanding(false);
     drawn().setUsesScrollButtons(false);
     drawn().setElideMode(Qt::ElideNone);
     drawn().setDrawBase(true);
-    QObject::connect(&drawn(), &QTabBar::currentChanged, &drawn(), [this, &touches](int index) {
+    QObject::connect(&drawn(), &QTabBar::currentChanged, &drawn(), [this, &desk](int index) {
       if (isDrawing_ || index < 0) return;
-      touches.post(KindView::control(), [&strip = KindView::control(), index] {
+      desk.touches.post(KindView::control(), [&strip = KindView::control(), index] {
         if (index < strip.tabCount()) strip.select(index + 1);
       });
     });
@@ -178,6 +188,8 @@ class TabStripView final : public KindView<TabStrip, QTabBar> {
     WidgetView::draw();
     isDrawing_ = true;
     while (drawn().count() > control().tabCount()) drawn().removeTab(drawn().count() - 1);
+    while (drawn().count() < control().tabCount()) drawn().addTab(QString());
+    captions_.resize(static_cast<std::size_t>(control().tabCount()));
     for (int i = 0; i < control().tabCount(); ++i) drawTab(i);
     drawn().setCurrentIndex(control().selectedTab() - 1);
     isDrawing_ = false;
@@ -186,25 +198,27 @@ class TabStripView final : public KindView<TabStrip, QTabBar> {
  private:
   void drawTab(int index) {
     const TabStrip::Tab& tab = control().tab(index + 1);
+    if (std::exchange(captions_[static_cast<std::size_t>(index)], tab.caption) == tab.caption) return;
     const std::string_view key =
         std::string_view(accessKeys_).substr(std::min(static_cast<std::size_t>(index), accessKeys_.size()));
     const QString caption = toQt(captionWithKey(tab.caption, key.substr(0, 1)));
-    if (index == drawn().count()) drawn().addTab(caption);
-    if (drawn().tabText(index) != caption) drawn().setTabText(index, caption);
+    drawn().setTabText(index, caption);
     drawn().setTabToolTip(index, toQt(tab.tooltip));
   }
 
   std::string accessKeys_;
+  std::vector<std::string> captions_;
   bool isDrawing_ = false;
 };
 
 // A long text is cut off at the progress bar's edge and does not widen the window.
 class StatusBarView final : public KindView<StatusBar, QLabel> {
  public:
-  StatusBarView(StatusBar& control, const Place& place, QWidget& parent, Touches& /*touches*/)
+  StatusBarView(StatusBar& control, const Place& place, QWidget& parent, Desk& /*desk*/)
       : KindView(control, place, parent) {
     drawn().setTextFormat(Qt::PlainText);
     drawn().setSizePolicy(QSizePolicy::Ignored, QSizePolicy::Preferred);
+    drawn().setIndent(drawn().fontMetrics().averageCharWidth());
     control.onRefresh = [this] {
       draw();
       drawn().repaint();
@@ -225,7 +239,7 @@ class StatusBarView final : public KindView<StatusBar, QLabel> {
 
 class ProgressBarView final : public KindView<ProgressBar, QProgressBar> {
  public:
-  ProgressBarView(ProgressBar& control, const Place& place, QWidget& parent, Touches& /*touches*/)
+  ProgressBarView(ProgressBar& control, const Place& place, QWidget& parent, Desk& /*desk*/)
       : KindView(control, place, parent) {
     drawn().setRange(0, kSteps);
     drawn().setValue(0);
@@ -242,10 +256,10 @@ class ProgressBarView final : public KindView<ProgressBar, QProgressBar> {
 // A title shows its entries and does nothing else.
 class MenuView final : public ControlView {
  public:
-  MenuView(MenuEntry& entry, QAction& action, Touches& touches) : entry_(entry), action_(action) {
+  MenuView(MenuEntry& entry, QAction& action, Desk& desk) : entry_(entry), action_(action) {
     action_.setObjectName(toQt(entry.name));
-    QObject::connect(&action_, &QAction::triggered, &action_, [&entry, &touches] {
-      touches.post(entry, [&entry] {
+    QObject::connect(&action_, &QAction::triggered, &action_, [&entry, &desk] {
+      desk.touches.post(entry, [&entry] {
         if (entry.onClick) entry.onClick();
       });
     });
@@ -263,12 +277,12 @@ class MenuView final : public ControlView {
 
 class TimerView final : public ControlView {
  public:
-  TimerView(Timer& timer, QWidget& parent, Touches& touches) : timer_(timer), ticker_(new QTimer(&parent)) {
+  TimerView(Timer& timer, QWidget& parent, Desk& desk) : timer_(timer), ticker_(new QTimer(&parent)) {
     // Ticks that could not be carried out in time are one tick.
     const auto isDue = std::make_shared<bool>(false);
-    QObject::connect(ticker_, &QTimer::timeout, ticker_, [&timer, &touches, isDue] {
+    QObject::connect(ticker_, &QTimer::timeout, ticker_, [&timer, &desk, isDue] {
       if (std::exchange(*isDue, true)) return;
-      touches.postAlways([&timer, isDue] {
+      desk.touches.postAlways([&timer, isDue] {
         *isDue = false;
         if (timer.enabled && timer.onTimer) timer.onTimer();
       });
@@ -287,19 +301,17 @@ class TimerView final : public ControlView {
   QTimer* ticker_;
 };
 
-using Maker = std::unique_ptr<ControlView> (*)(Control&, const Place&, QWidget&, Touches&);
+using Maker = std::unique_ptr<ControlView> (*)(Control&, const Place&, QWidget&, Desk&);
 
 template <typename Kind, typename View>
-std::unique_ptr<ControlView> makeIfKind(Control& control, const Place& place, QWidget& parent,
-                                        Touches& touches) {
+std::unique_ptr<ControlView> makeIfKind(Control& control, const Place& place, QWidget& parent, Desk& desk) {
   auto* const ofKind = dynamic_cast<Kind*>(&control);
-  return ofKind == nullptr ? nullptr : std::make_unique<View>(*ofKind, place, parent, touches);
+  return ofKind == nullptr ? nullptr : std::make_unique<View>(*ofKind, place, parent, desk);
 }
 
-std::unique_ptr<ControlView> makeIfList(Control& control, const Place& place, QWidget& parent,
-                                        Touches& touches) {
-  return place.isDropDown ? makeIfKind<ListControl, DropDownView>(control, place, parent, touches)
-                          : makeIfKind<ListControl, ListBoxView>(control, place, parent, touches);
+std::unique_ptr<ControlView> makeIfList(Control& control, const Place& place, QWidget& parent, Desk& desk) {
+  return place.isDropDown ? makeIfKind<ListControl, DropDownView>(control, place, parent, desk)
+                          : makeIfKind<ListControl, ListBoxView>(control, place, parent, desk);
 }
 
 constexpr std::array<Maker, 10> kMakers{makeIfKind<Frame, FrameView>,
@@ -340,19 +352,19 @@ std::optional<QString> WidgetView::newCaption() {
 }
 
 std::unique_ptr<ControlView> makeControlView(Control& control, const Place& place, QWidget& parent,
-                                             Touches& touches) {
+                                             Desk& desk) {
   for (const Maker make : kMakers) {
-    if (auto view = make(control, place, parent, touches)) return view;
+    if (auto view = make(control, place, parent, desk)) return view;
   }
   return nullptr;
 }
 
-std::unique_ptr<ControlView> makeMenuView(MenuEntry& entry, QAction& action, Touches& touches) {
-  return std::make_unique<MenuView>(entry, action, touches);
+std::unique_ptr<ControlView> makeMenuView(MenuEntry& entry, QAction& action, Desk& desk) {
+  return std::make_unique<MenuView>(entry, action, desk);
 }
 
-std::unique_ptr<ControlView> makeTimerView(Timer& timer, QWidget& parent, Touches& touches) {
-  return std::make_unique<TimerView>(timer, parent, touches);
+std::unique_ptr<ControlView> makeTimerView(Timer& timer, QWidget& parent, Desk& desk) {
+  return std::make_unique<TimerView>(timer, parent, desk);
 }
 
 }  // namespace trelvin::desktop

@@ -8,7 +8,7 @@
 #include <string>
 
 #include "desktop/layout.h"
-#include "desktop/qt/touches.h"
+#include "desktop/qt/desk.h"
 #include "window/controls.h"
 
 namespace trelvin::desktop {
@@ -50,10 +50,10 @@ class WidgetView : public ControlView {
 // A view of the kind of control that it is, with its widget below the parent; null for a kind that is never
 // drawn.
 std::unique_ptr<ControlView> makeControlView(Control& control, const Place& place, QWidget& parent,
-                                             Touches& touches);
+                                             Desk& desk);
 // A menu's title or one of its entries.
-std::unique_ptr<ControlView> makeMenuView(MenuEntry& entry, QAction& action, Touches& touches);
+std::unique_ptr<ControlView> makeMenuView(MenuEntry& entry, QAction& action, Desk& desk);
 // Ticks while the timer is enabled.
-std::unique_ptr<ControlView> makeTimerView(Timer& timer, QWidget& parent, Touches& touches);
+std::unique_ptr<ControlView> makeTimerView(Timer& timer, QWidget& parent, Desk& desk);
 
 }  // namespace trelvin::desktop

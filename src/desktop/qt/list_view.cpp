@@ -2,7 +2,10 @@
 
 #include <QItemSelection>
 #include <QKeyEvent>
+#include <QPainter>
+#include <QProxyStyle>
 #include <QScrollBar>
+#include <QStyleOption>
 #include <algorithm>
 #include <map>
 #include <vector>
@@ -49,6 +52,21 @@ void passKeyUp(ListControl& list, const QKeyEvent& event, Touches& touches) {
 void passDoubleClick(ListControl& list, Touches& touches) {
   if (list.onDblClick) touches.post(list, [&list] { list.onDblClick(); });
 }
+
+// Some styles draw the outline of a mark in a shade of the window's colour, which dark colours swallow.
+class MarkStyle final : public QProxyStyle {
+ public:
+  void drawPrimitive(PrimitiveElement element, const QStyleOption* option, QPainter* painter,
+                     const QWidget* widget) const override {
+    QProxyStyle::drawPrimitive(element, option, painter, widget);
+    if (element != PE_IndicatorItemViewItemCheck) return;
+    painter->save();
+    painter->setPen(option->palette.color(QPalette::PlaceholderText));
+    painter->setBrush(Qt::NoBrush);
+    painter->drawRect(option->rect.adjusted(0, 0, -1, -1));
+    painter->restore();
+  }
+};
 
 QItemSelection selectionOf(const ListControl& list, const QAbstractItemModel& model) {
   QItemSelection selection;
@@ -105,8 +123,8 @@ EntriesModel::Change EntriesModel::update() {
 // A list that hears the Return key as a double-click, so that no mouse is needed, and passes keys on.
 class ListBoxView::Box : public QListView {
  public:
-  Box(ListControl& list, const Place& place, QWidget& parent, Touches& touches)
-      : QListView(&parent), list_(list), touches_(touches), place_(place) {}
+  Box(ListControl& list, const Place& place, QWidget& parent, Desk& desk)
+      : QListView(&parent), list_(list), touches_(desk.touches), place_(place) {}
 
   [[nodiscard]] QSize minimumSizeHint() const override {
     const int frame = 2 * frameWidth();
@@ -136,12 +154,21 @@ class ListBoxView::Box : public QListView {
   Place place_;
 };
 
-ListBoxView::ListBoxView(ListControl& list, const Place& place, QWidget& parent, Touches& touches)
-    : ListBoxView(list, place, touches, *new Box(list, place, parent, touches)) {}
+ListBoxView::ListBoxView(ListControl& list, const Place& place, QWidget& parent, Desk& desk)
+    : ListBoxView(list, place, desk, *new Box(list, place, parent, desk)) {}
 
-ListBoxView::ListBoxView(ListControl& list, const Place& place, Touches& touches, Box& box)
-    : WidgetView(list, place, box), list_(list), touches_(touches), model_(list, place.hasMarks), box_(box) {
+ListBoxView::ListBoxView(ListControl& list, const Place& place, Desk& desk, Box& box)
+    : WidgetView(list, place, box),
+      list_(list),
+      touches_(desk.touches),
+      model_(list, place.hasMarks),
+      box_(box) {
   box_.setModel(&model_);
+  if (place.hasMarks) {
+    auto* const style = new MarkStyle;
+    style->setParent(&box_);
+    box_.setStyle(style);
+  }
   box_.setUniformItemSizes(true);
   box_.setTextElideMode(Qt::ElideMiddle);
   box_.setHorizontalScrollBarPolicy(Qt::ScrollBarAlwaysOff);
@@ -152,9 +179,11 @@ ListBoxView::ListBoxView(ListControl& list, const Place& place, Touches& touches
   QObject::connect(box_.selectionModel(), &QItemSelectionModel::selectionChanged, &box_,
                    [this] { passChoiceOn(); });
   QObject::connect(&box_, &QListView::doubleClicked, &box_, [this] { passDoubleClick(list_, touches_); });
-  list_.onRefresh = [this] {
+  list_.onRefresh = [this, &desk] {
+    if (!desk.pace.isDue()) return;
     draw();
     box_.viewport()->repaint();
+    desk.pace.noteDrawn();
   };
 }
 
@@ -212,8 +241,8 @@ void ListBoxView::drawSelection() {
 // The wheel turns pages; an IIS version that changes under a passing pointer would be noticed too late.
 class DropDownView::Box : public QComboBox {
  public:
-  Box(ListControl& list, QWidget& parent, Touches& touches)
-      : QComboBox(&parent), list_(list), touches_(touches) {
+  Box(ListControl& list, QWidget& parent, Desk& desk)
+      : QComboBox(&parent), list_(list), touches_(desk.touches) {
     setFocusPolicy(Qt::StrongFocus);
   }
 
@@ -233,14 +262,14 @@ class DropDownView::Box : public QComboBox {
   Touches& touches_;
 };
 
-DropDownView::DropDownView(ListControl& list, const Place& place, QWidget& parent, Touches& touches)
-    : DropDownView(list, place, touches, *new Box(list, parent, touches)) {}
+DropDownView::DropDownView(ListControl& list, const Place& place, QWidget& parent, Desk& desk)
+    : DropDownView(list, place, desk, *new Box(list, parent, desk)) {}
 
-DropDownView::DropDownView(ListControl& list, const Place& place, Touches& touches, Box& box)
+DropDownView::DropDownView(ListControl& list, const Place& place, Desk& desk, Box& box)
     : WidgetView(list, place, box), list_(list), model_(list, false), box_(box) {
   box_.setModel(&model_);
-  QObject::connect(&box_, &QComboBox::activated, &box_, [&list, &touches](int index) {
-    touches.post(list, [&list, index] { list.choose({index}, index); });
+  QObject::connect(&box_, &QComboBox::activated, &box_, [&list, &desk](int index) {
+    desk.touches.post(list, [&list, index] { list.choose({index}, index); });
   });
 }
 

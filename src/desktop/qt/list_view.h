@@ -31,13 +31,13 @@ class EntriesModel : public QAbstractListModel {
 
 class ListBoxView final : public WidgetView {
  public:
-  ListBoxView(ListControl& list, const Place& place, QWidget& parent, Touches& touches);
+  ListBoxView(ListControl& list, const Place& place, QWidget& parent, Desk& desk);
   ~ListBoxView() override;
   void draw() override;
 
  private:
   class Box;
-  ListBoxView(ListControl& list, const Place& place, Touches& touches, Box& box);
+  ListBoxView(ListControl& list, const Place& place, Desk& desk, Box& box);
   void passChoiceOn();
   void drawEntries();
   void drawSelection();
@@ -53,13 +53,13 @@ class ListBoxView final : public WidgetView {
 
 class DropDownView final : public WidgetView {
  public:
-  DropDownView(ListControl& list, const Place& place, QWidget& parent, Touches& touches);
+  DropDownView(ListControl& list, const Place& place, QWidget& parent, Desk& desk);
   ~DropDownView() override;
   void draw() override;
 
  private:
   class Box;
-  DropDownView(ListControl& list, const Place& place, Touches& touches, Box& box);
+  DropDownView(ListControl& list, const Place& place, Desk& desk, Box& box);
 
   ListControl& list_;
   EntriesModel model_;

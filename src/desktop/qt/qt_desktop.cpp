@@ -28,7 +28,7 @@ void QtDesktop::run() {
 
 void QtDesktop::turn(bool mayWait) {
   draw();
-  const bool isIdle = mayWait && touches_.isEmpty();
+  const bool isIdle = mayWait && desk_.touches.isEmpty();
   QCoreApplication::processEvents(isIdle ? QEventLoop::WaitForMoreEvents : QEventLoop::AllEvents);
   QCoreApplication::sendPostedEvents(nullptr, QEvent::DeferredDelete);
   runTouches();
@@ -36,21 +36,25 @@ void QtDesktop::turn(bool mayWait) {
 
 void QtDesktop::yield() {
   progress_.reset();
-  draw();
+  const bool isDue = desk_.pace.isDue();
+  if (isDue) draw();
   QCoreApplication::processEvents();
+  if (isDue) desk_.pace.noteDrawn();
+  if (desk_.touches.isEmpty()) return;
   runNestedTouches();
   draw();
 }
 
 void QtDesktop::waitWhile(const std::function<bool()>& isUp) {
   progress_.reset();
-  touches_.forget();
+  desk_.touches.forget();
   draw();
   while (isUp()) {
     QCoreApplication::processEvents(QEventLoop::WaitForMoreEvents);
     runNestedTouches();
     draw();
   }
+  desk_.pace.noteDrawn();
 }
 
 // What comes over the net is carried out in its turn, like a touch.
@@ -60,7 +64,7 @@ void QtDesktop::hearSockets() {
   QObject::connect(sockets_.get(), &QSocketNotifier::activated, [this] {
     // Once is enough until its turn comes; what an event of a socket yields to hears of the others.
     sockets_->setEnabled(false);
-    touches_.postAlways([this] {
+    desk_.touches.postAlways([this] {
       sockets_->setEnabled(true);
       platform().sockets->dispatch();
     });
@@ -83,7 +87,7 @@ void QtDesktop::runNestedTouches() {
 // The top of every event: what comes up to here has no handler, and ends the process.
 void QtDesktop::runTouches() {
   try {
-    touches_.runAll();
+    desk_.touches.runAll();
   } catch (const Failure& failure) {
     endWithRunTimeError(failure);
   } catch (const std::bad_alloc&) {
@@ -102,7 +106,7 @@ void QtDesktop::drawWindow(Shown& shown) {
   } else if (shown.view) {
     shown.view->draw();
   } else {
-    shown.view = std::make_unique<WindowView>(shown.window, touches_, [&form] { unloadForm(form); });
+    shown.view = std::make_unique<WindowView>(shown.window, desk_, [&form] { unloadForm(form); });
     if (form.owner != nullptr) shown.view->setWindowModality(Qt::ApplicationModal);
     shown.view->show();
     shown.view->activateWindow();

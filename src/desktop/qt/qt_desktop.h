@@ -8,7 +8,7 @@
 #include <vector>
 
 #include "desktop/layout.h"
-#include "desktop/qt/touches.h"
+#include "desktop/qt/desk.h"
 #include "desktop/qt/window_view.h"
 
 class QProgressDialog;
@@ -53,7 +53,7 @@ class QtDesktop {
   void runNestedTouches();
   [[nodiscard]] bool isMainWindowUp() const;
 
-  Touches touches_;
+  Desk desk_;
   std::unique_ptr<QSocketNotifier> sockets_;
   std::vector<Shown> windows_;
   std::unique_ptr<QProgressDialog> progress_;

@@ -6,9 +6,10 @@
 #include <QFileInfo>
 #include <QInputDialog>
 #include <QKeyEvent>
+#include <QLabel>
 #include <QLineEdit>
 #include <QMessageBox>
-#include <array>
+#include <algorithm>
 #include <utility>
 #include <vector>
 
@@ -19,6 +20,7 @@ namespace trelvin::desktop {
 namespace {
 
 constexpr const char* kProgramName = "Trelvin";
+constexpr int kCharactersOfLine = 80;
 
 struct ButtonOf {
   QMessageBox::StandardButton button;
@@ -77,6 +79,18 @@ QString linesOf(std::string_view text) {
   return toQt(text).replace(QLatin1String("\r\n"), QLatin1String("\n"));
 }
 
+// Qt would break lines that a text already has in the shape that it wants.
+void keepLinesWhole(QMessageBox& box) {
+  auto* const label = box.findChild<QLabel*>(QLatin1String("qt_msgbox_label"));
+  if (label == nullptr) return;
+  int widest = 0;
+  for (const QString& line : box.text().split('\n')) {
+    widest = std::max(widest, label->fontMetrics().horizontalAdvance(line));
+  }
+  const int widestWanted = label->fontMetrics().averageCharWidth() * kCharactersOfLine;
+  label->setMinimumWidth(std::min(widest, widestWanted));
+}
+
 QString titleOf(std::string_view title) {
   return title.empty() ? QString::fromLatin1(kProgramName) : toQt(title);
 }
@@ -99,6 +113,7 @@ class QtDialogs final : public Dialogs {
     box.setTextFormat(Qt::PlainText);
     box.setText(linesOf(message.text));
     if (message.icon == Icon::kExclamation) box.setIcon(QMessageBox::Warning);
+    keepLinesWhole(box);
     for (const ButtonOf& each : buttons) box.addButton(each.button);
     box.setDefaultButton(buttons.front().button);
     box.setEscapeButton(buttons.back().button);
@@ -115,6 +130,7 @@ class QtDialogs final : public Dialogs {
     box.setWindowTitle(titleOf(title));
     box.setLabelText(linesOf(prompt));
     box.setTextValue(toQt(defaultText));
+    box.resize(box.fontMetrics().averageCharWidth() * kCharactersOfLine, box.sizeHint().height());
     show(box);
     return box.result() == QDialog::Accepted ? fromQt(box.textValue()) : std::string();
   }

@@ -10,6 +10,7 @@
 #include <QMenuBar>
 #include <QStatusBar>
 #include <QStyle>
+#include <algorithm>
 #include <stdexcept>
 #include <utility>
 
@@ -26,13 +27,13 @@ constexpr int kSpacing = 6;
 
 }  // namespace
 
-WindowView::WindowView(const Window& window, Touches& touches, std::function<void()> onClose)
+WindowView::WindowView(const Window& window, Desk& desk, std::function<void()> onClose)
     : form_(*window.form),
       layout_(window.layout),
       size_(window.size),
       afterResize_(window.afterResize),
       afterStateChange_(window.afterStateChange),
-      touches_(touches),
+      desk_(desk),
       onClose_(std::move(onClose)) {
   setContextMenuPolicy(Qt::NoContextMenu);  // which would offer to hide bars
   makeMenus();
@@ -47,6 +48,7 @@ WindowView::WindowView(const Window& window, Touches& touches, std::function<voi
   nameForHearing();
   orderTabs();
   draw();
+  alignBeginnings();
 }
 
 WindowView::~WindowView() = default;
@@ -65,13 +67,13 @@ QWidget* WindowView::widgetOf(const std::string& control) const {
 void WindowView::makeMenus() {
   for (const Menu& each : layout_.menus) {
     QMenu* const menu = menuBar()->addMenu(QString());
-    views_.push_back(makeMenuView(controlOf<MenuEntry>(each.control), *menu->menuAction(), touches_));
+    views_.push_back(makeMenuView(controlOf<MenuEntry>(each.control), *menu->menuAction(), desk_));
     for (const std::string& entry : each.entries) {
       if (entry.empty()) {
         menu->addSeparator();
       } else {
         QAction* const action = menu->addAction(QString());
-        views_.push_back(makeMenuView(controlOf<MenuEntry>(entry), *action, touches_));
+        views_.push_back(makeMenuView(controlOf<MenuEntry>(entry), *action, desk_));
       }
     }
   }
@@ -87,7 +89,7 @@ void WindowView::makeBars() {
 void WindowView::makeTimers() {
   for (Control* control : form_.controls()) {
     auto* const timer = dynamic_cast<Timer*>(control);
-    if (timer != nullptr) views_.push_back(makeTimerView(*timer, *this, touches_));
+    if (timer != nullptr) views_.push_back(makeTimerView(*timer, *this, desk_));
   }
 }
 
@@ -101,6 +103,9 @@ QLayout* WindowView::boxFor(const Place& place, QWidget& parent) {
   auto* const box = new QBoxLayout(isRow ? QBoxLayout::LeftToRight : QBoxLayout::TopToBottom);
   box->setSpacing(kSpacing);
   for (const Place& each : place.places) putInto(*box, each, parent);
+  QLayoutItem* const first = box->itemAt(0);
+  auto* const words = first == nullptr ? nullptr : qobject_cast<QLabel*>(first->widget());
+  if (isRow && words != nullptr) beginnings_.push_back(words);
   return box;
 }
 
@@ -139,7 +144,7 @@ void WindowView::putInto(QBoxLayout& box, const Place& place, QWidget& parent) {
 }
 
 QWidget* WindowView::makeWidget(const Place& place, QWidget& parent) {
-  auto view = makeControlView(controlOf<Control>(place.control), place, parent, touches_);
+  auto view = makeControlView(controlOf<Control>(place.control), place, parent, desk_);
   if (view == nullptr) throw std::logic_error("a control of this kind is never drawn: " + place.control);
   QWidget* const widget = view->widget();
   views_.push_back(std::move(view));
@@ -174,6 +179,17 @@ void WindowView::bindLabels() {
   });
 }
 
+// Boxes of one frame begin below each other.
+void WindowView::alignBeginnings() {
+  for (QLabel* each : beginnings_) {
+    int widest = 0;
+    for (const QLabel* other : beginnings_) {
+      if (other->parent() == each->parent()) widest = std::max(widest, other->sizeHint().width());
+    }
+    each->setMinimumWidth(widest);
+  }
+}
+
 void WindowView::nameForHearing() {
   for (const std::string& control : tabOrder(form_, layout_)) {
     QWidget& widget = *widgetOf(control);
@@ -201,20 +217,22 @@ void WindowView::draw() {
   drawSize();
 }
 
-// The form's own wish counts until a person makes the window larger or smaller.
+// Only a wish that is new counts: a person may have made the window larger or smaller since.
 void WindowView::drawSize() {
   if (!size_) return;
   const FormSize wanted = size_();
-  if (wanted.width == drawnSize_.width && wanted.height == drawnSize_.height) return;
-  drawnSize_ = wanted;
+  if (std::exchange(wantedSize_, wanted) == wanted || wanted == ownSize()) return;
   resize(QSize(wanted.width / kTwipsOfPixel, wanted.height / kTwipsOfPixel).expandedTo(minimumSizeHint()));
+}
+
+FormSize WindowView::ownSize() const {
+  return {width() * kTwipsOfPixel, height() * kTwipsOfPixel};
 }
 
 void WindowView::resizeEvent(QResizeEvent* event) {
   QMainWindow::resizeEvent(event);
   if (!afterResize_) return;
-  drawnSize_ = {width() * kTwipsOfPixel, height() * kTwipsOfPixel};
-  touches_.postAlways([resized = afterResize_, size = drawnSize_] { resized(size); });
+  desk_.touches.postAlways([resized = afterResize_, size = ownSize()] { resized(size); });
 }
 
 void WindowView::changeEvent(QEvent* event) {
@@ -228,7 +246,7 @@ void WindowView::changeEvent(QEvent* event) {
 
 void WindowView::closeEvent(QCloseEvent* event) {
   event->ignore();
-  touches_.postAlways(onClose_);
+  desk_.touches.postAlways(onClose_);
 }
 
 void WindowView::keyPressEvent(QKeyEvent* event) {
@@ -238,7 +256,7 @@ void WindowView::keyPressEvent(QKeyEvent* event) {
   } else if (event->key() == Qt::Key_Escape && !layout_.escapePresses.empty()) {
     press(layout_.escapePresses);
   } else if (event->key() == Qt::Key_Escape && layout_.escapeCloses) {
-    touches_.postAlways(onClose_);
+    desk_.touches.postAlways(onClose_);
   } else {
     QMainWindow::keyPressEvent(event);
   }
@@ -246,7 +264,7 @@ void WindowView::keyPressEvent(QKeyEvent* event) {
 
 void WindowView::press(const std::string& button) {
   Button& pressed = controlOf<Button>(button);
-  touches_.post(pressed, [&pressed] {
+  desk_.touches.post(pressed, [&pressed] {
     if (pressed.onClick) pressed.onClick();
   });
 }

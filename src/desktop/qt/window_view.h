@@ -19,7 +19,7 @@ namespace trelvin::desktop {
 class WindowView : public QMainWindow {
  public:
   // A person's wish to take the window away is passed on as a touch; the window itself stays.
-  WindowView(const Window& window, Touches& touches, std::function<void()> onClose);
+  WindowView(const Window& window, Desk& desk, std::function<void()> onClose);
   ~WindowView() override;
 
   // Brings over what has changed in the form since the last call.
@@ -53,21 +53,24 @@ class WindowView : public QMainWindow {
   void putWords(QBoxLayout& box, const std::string& caption, QWidget& widget);
 
   void bindLabels();
+  void alignBeginnings();
   void nameForHearing();
   void orderTabs();
   void press(const std::string& button);
   void drawSize();
+  [[nodiscard]] FormSize ownSize() const;
 
   Form& form_;
   WindowLayout layout_;
   std::function<FormSize()> size_;
   std::function<void(FormSize)> afterResize_;
   std::function<void(std::int32_t)> afterStateChange_;
-  Touches& touches_;
+  Desk& desk_;
   std::function<void()> onClose_;
-  FormSize drawnSize_;
+  FormSize wantedSize_;
   std::vector<std::unique_ptr<ControlView>> views_;
   std::vector<WordsFor> words_;
+  std::vector<QLabel*> beginnings_;  // labels that begin a row
 };
 
 }  // namespace trelvin::desktop
