@@ -46,7 +46,9 @@ class ServerStore : public ScenarioTest, public ::testing::WithParamInterface<co
   [[nodiscard]] std::string own() const { return fileConnectionString(programPath() + "\\Own.mdb"); }
   [[nodiscard]] Texts attributes() const { return subject_.server.attributesOf(subject_.database); }
   // A name of its own for each test: the driver manager remembers for a while what it read of another.
-  [[nodiscard]] std::string dataSource() const { return std::string(GetParam()) + " with " + subject_.database; }
+  [[nodiscard]] std::string dataSource() const {
+    return std::string(GetParam()) + " with " + subject_.database;
+  }
   // Chooses the data source, as the database dialog does.
   void chooseDataSource() const {
     writeProgramValue("ODBCDSN", dataSource());
