@@ -12,6 +12,7 @@
 #include "core/run_state.h"
 #include "fakes/failing_files.h"
 #include "job_test.h"
+#include "metabase/paths.h"
 #include "platform/platform.h"
 #include "stores/connections.h"
 #include "window/frm_main.h"
@@ -361,6 +362,98 @@ TEST_F(JobRun, ReadsTheDatabaseOfTheProgramForATargetServer) {
   runJob();
   EXPECT_THAT(entriesOf(frmMain.lstSiteIndexes), ElementsAre("1"));
   EXPECT_FALSE(folder.has("program/BackupJobs"));
+}
+
+// Out of a database onto a server.
+
+class RestoringJob : public JobRun {
+ protected:
+  RestoringJob() {
+    addServer("NEW1", metabaseFile(webService(plainSite(4, "Kept"))));
+    set("ImportServer", "Database");
+    set("ExportServer", "NEW1");
+    set("ImportVersion", "IIS6");
+    set("1Site/SiteName", "1");
+  }
+  void store(const std::string& database, const std::string& name, const std::string& number) const {
+    executeOn(database, "INSERT INTO Sites (SiteName, Type) VALUES ('" + name + "', 'Web')");
+    const std::string id = query(database, "SELECT MAX(ID) AS a FROM Sites")[0][0];
+    executeOn(
+        database,
+        "INSERT INTO Data (SiteNumber, Location, Name, Class, DataType, LocalPath, StringValue) VALUES (" +
+            id + ", '', 'ServerComment', 'IIsWebServer', 8, " + number + ", '" + name + "'), (" + id +
+            ", '/ROOT', 'Path', 'IIsWebVirtualDir', 8, 'ROOT', 'C:\\" + name + "')");
+  }
+  [[nodiscard]] static std::string commentOf(int number) {
+    std::string comment = "(no such site)";
+    attempt([&] {
+      comment = getObject("IIS://NEW1/W3SVC/" + std::to_string(number))->get("ServerComment").toText();
+    });
+    return comment;
+  }
+};
+
+TEST_F(RestoringJob, RebuildsASiteOfTheProgramsOwnDatabaseAndShowsNoBox) {
+  store("TrelvinData.mdb", "Shop", "'7'");
+  store("TrelvinData.mdb", "Wiki", "'9'");
+  runJob();
+  EXPECT_EQ(commentOf(5), "Shop");
+  EXPECT_EQ(commentOf(4), "Kept");
+  EXPECT_EQ(commentOf(6), "(no such site)");
+  EXPECT_THAT(boxes(), IsEmpty());
+  EXPECT_EQ(output.back(), "Done!");
+  EXPECT_THAT(logLines(), Contains("Exporting to server from file"));
+  EXPECT_FALSE(folder.has("program/BackupJobs"));
+  EXPECT_FALSE(frmMain.loaded);
+}
+
+TEST_F(RestoringJob, ReadsTheDatabaseOfTheCommandLine) {
+  const std::string other = otherDatabase();
+  store("TrelvinData.mdb", "Wrong", "'7'");
+  store("Other.mdb", "Right", "'7'");
+  const std::string before = folder.read("program/Other.mdb");
+  runJob(" -C " + other);
+  EXPECT_EQ(commentOf(5), "Right");
+  EXPECT_EQ(folder.read("program/Other.mdb"), before);
+}
+
+TEST_F(RestoringJob, TakesTheNumbersByTheModeOfTheJob) {
+  store("TrelvinData.mdb", "Shop", "'7'");
+  store("TrelvinData.mdb", "Wiki", "'9'");
+  set("BackupAllSites", "True");
+  set("SiteCreationMode", "Overwrite Preserve");
+  runJob();
+  EXPECT_EQ(commentOf(7), "Shop");
+  EXPECT_EQ(commentOf(9), "Wiki");
+}
+
+TEST_F(RestoringJob, AppliesItsPairsAndStartsTheSite) {
+  store("TrelvinData.mdb", "Shop", "'7'");
+  addPair(0, "shop", "Mall");
+  set("FindReplaceCount", "1");
+  set("AutoStartSites", "True");
+  runJob();
+  EXPECT_EQ(commentOf(5), "Mall");
+  EXPECT_TRUE(hasLogged("Starting site..."));
+}
+
+TEST_F(RestoringJob, IsNotStoppedByASiteWithoutANumber) {
+  store("TrelvinData.mdb", "Shop", "Null");
+  set("SiteCreationMode", "Overwrite Preserve");
+  runJob();
+  EXPECT_THAT(boxes(), IsEmpty());
+  EXPECT_TRUE(hasLogged("Could not retreive a W3SVCNumber for the web site with DB ID 1"));
+  EXPECT_THAT(phases(), Contains("Closing complete"));
+}
+
+TEST_F(RestoringJob, GoesOnAgainstNoTargetAndEndsInDone) {
+  store("TrelvinData.mdb", "Shop", "'7'");
+  set("ExportServer", "GONE");
+  runJob();
+  EXPECT_THAT(boxes(), IsEmpty());
+  EXPECT_TRUE(hasLogged("Error connecting to target server"));
+  EXPECT_EQ(output.back(), "Done!");
+  EXPECT_THAT(phases(), Contains("Closing complete"));
 }
 
 TEST_F(JobRun, PicksUpASiteThatCameLater) {

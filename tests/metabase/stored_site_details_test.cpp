@@ -102,6 +102,35 @@ TEST_F(StoredSiteDetailsTest, SeveralRowsOfBindingsAreAllReadAndTheirNumbersRunO
   EXPECT_EQ(sslRows(), (Rows{{"0", "0", ":443:", ":443:"}, {"0", "1", ":444:", ":444:"}}));
 }
 
+TEST_F(StoredSiteDetailsTest, BindingsOfFiltersAndCertificateMappersAreNotRead) {
+  storeSite("One");
+  for (const char* nodeClass : {"'IIsFilter'", "'IIsFilters'", "'IIsCertMapper'"}) {
+    storeBindings("1", "ServerBindings", "':80:' || char(13, 10)", nodeClass);
+    storeBindings("1", "SecureBindings", "':443:' || char(13, 10)", nodeClass);
+  }
+  pressPopulate();
+  select(0);
+  EXPECT_TRUE(bindingRows().empty());
+  EXPECT_TRUE(sslRows().empty());
+}
+
+TEST_F(StoredSiteDetailsTest, BindingsUnderAnotherSpellingOfTheNameAreNotRead) {
+  storeSite("One");
+  storeBindings("1", "serverbindings", "':80:' || char(13, 10)");
+  pressPopulate();
+  select(0);
+  EXPECT_TRUE(bindingRows().empty());
+}
+
+TEST_F(StoredSiteDetailsTest, NumbersOfSecureBindingsBeginAnew) {
+  storeSite("One");
+  storeBindings("1", "ServerBindings", "':80:' || char(13, 10) || ':81:' || char(13, 10)");
+  storeBindings("1", "SecureBindings", "':443:' || char(13, 10)");
+  pressPopulate();
+  select(0);
+  EXPECT_EQ(sslRows(), (Rows{{"0", "0", ":443:", ":443:"}}));
+}
+
 TEST_F(StoredSiteDetailsTest, AListWithoutALineEndGivesNoBindings) {
   storeSite("One");
   storeBindings("1", "ServerBindings", "':80:'");

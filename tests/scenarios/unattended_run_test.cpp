@@ -11,6 +11,7 @@
 #include <thread>
 
 #include "core/err.h"
+#include "core/registry_strings.h"
 #include "platform/linux/paths.h"
 #include "platform/platform.h"
 #include "program_run.h"
@@ -176,6 +177,37 @@ TEST_F(UnattendedRun, AddsToTheDatabaseOfTheCommandLine) {
   runJob(words(other));
   EXPECT_THAT(storedNames("Other.mdb"), ElementsAre("Bob's shop", "Bob's shop"));
   EXPECT_FALSE(folder.has("program/BackupJobs"));
+}
+
+TEST_F(UnattendedRun, RebuildsTheSitesOfARunsDatabaseOnAServer) {
+  addServer("NEW1", metabaseFile(webService(plainSite(1, "Kept"))));
+  runJob();
+  ASSERT_THAT(perRunDatabases(), SizeIs(1));
+  addJobText(jobText({{"ImportServer", "Database"}, {"ExportServer", "NEW1"}}, "[1Site]\r\nSiteName=1\r\n"));
+  const ProcessResult result = runJob(words(connectionTo(perRunDatabases()[0])));
+  expectUnloaded(result);
+  EXPECT_THAT(linesOf(result.standardOutput),
+              AllOf(Contains("Creating Web Site W3SVC2"), Contains("Creating virtual directory /ROOT/images"),
+                    Contains("Done!")));
+  const std::string target = metabaseOf("NEW1");
+  EXPECT_THAT(target, HasSubstr("/LM/W3SVC/2/ROOT/images"));
+  EXPECT_THAT(target, HasSubstr("ServerComment=\"Bob's shop\""));
+  EXPECT_THAT(target, HasSubstr("ServerComment=\"Kept\""));
+  EXPECT_THAT(perRunDatabases(), SizeIs(1)) << "a run that only reads makes none";
+}
+
+TEST_F(UnattendedRun, RebuildsTheSitesOfTheDataSourceThatWasChosen) {
+  addServer("NEW1", metabaseFile(webService("")));
+  const std::string other = addOtherDatabase();
+  runJob(words(other));
+  folder.write("odbc.ini", "[Own sites]\nDriver = SQLite3\nDatabase = " +
+                               (programFolder() / "Other.mdb").string() + "\n");
+  writeProgramValue("ODBCDSN", "Own sites");
+  addJobText(jobText({{"ImportServer", "Database"}, {"ExportServer", "NEW1"}}, "[1Site]\r\nSiteName=1\r\n"));
+  RunningProcess::Options options = this->options({"-RUNBACKUP", "-B", jobArgument()});
+  options.environment = {{"ODBCINI", (folder / "odbc.ini").string()}};
+  expectUnloaded(RunningProcess(options).wait());
+  EXPECT_THAT(metabaseOf("NEW1"), HasSubstr("ServerComment=\"Bob's shop\""));
 }
 
 TEST_F(UnattendedRun, WorksInAFolderWithBlanksAndUmlauts) {
