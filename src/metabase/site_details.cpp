@@ -153,6 +153,7 @@ void storeOpenBindings(const char* property, AddRow addRow) {
 void readSiteFromDatabase(std::int16_t i) {
   const std::string site = frmMain.lstSiteIndexes.list(i);
   setStatus("Retrieving current settings for web site");
+  giveUpDataRows();
   openDataRows(statements::pathRows(site));
   frmMain.lstFolders(0).clear();
   frmMain.lstDirectories(0).clear();

@@ -201,6 +201,7 @@ void listStoredSites(RecordSet& rows) {
 
 void populateFromDatabase() {
   beginListing("Getting list of web sites from database...", logStep);
+  step([] { giveUpDataRows(); });
   step([] { openDataRows(statements::sitesOfType(frmMain.sExportSiteType)); });
   logMarker("After initial");
   step([] { closeFormerListing(); });

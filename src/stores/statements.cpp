@@ -33,6 +33,11 @@ void openDataRows(std::string sql) {
   bound(frmMain.rsData).open(prepared(std::move(sql)), bound(frmMain.DBData), kStaticCursor);
 }
 
+void giveUpDataRows() {
+  const bool isExporting = frmMain.cmdExportServer.caption == "Abort";
+  if (!isExporting && frmMain.rsData && frmMain.rsData->isOpen()) frmMain.rsData->close();
+}
+
 namespace {
 
 void prepare(const std::function<std::string()>& build) {

@@ -18,6 +18,10 @@ void executeOnData(std::string sql);
 void openSettingsRows(std::string sql);
 void openDataRows(std::string sql);
 
+// A cancelled export leaves its rows open in rsData. What begins anew closes them first, or it would go
+// through the rows of another site; rows that an export is still walking are left alone.
+void giveUpDataRows();
+
 // For routines that ignore failures: building and running are statements of their own there. When the
 // building fails, the former text is still in sSql and runs again.
 void buildAndExecuteOnData(const std::function<std::string()>& build);

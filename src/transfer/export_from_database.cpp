@@ -192,6 +192,7 @@ void exportToServerFromFile() {
     if (leaveWhenCancelled()) return;
     attempt([] { suggestSystemDirectory(); });
     if (leaveWhenCancelled()) return;
+    attempt([] { giveUpDataRows(); });
     attempt([] { beginRun(frmMain.cmdExportServer, "Exporting to server from file"); });
     Err.clear();
     if (!exportRun.exportSelection()) return;

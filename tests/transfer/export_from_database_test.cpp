@@ -5,6 +5,7 @@
 #include "core/run_state.h"
 #include "database_to_server_fixture.h"
 #include "fakes/failing_files.h"
+#include "fakes/failures.h"
 #include "platform/platform.h"
 #include "stores/statements.h"
 #include "transfer/export_frame.h"
@@ -500,6 +501,66 @@ TEST_F(DatabaseToServerRun, LeavesAtTheFirstRowOnAnAbortWhileTheListsLoad) {
   EXPECT_THAT(shownOutput(), Not(Contains("Done!")));
   EXPECT_TRUE(frmMain.rsData->isOpen());
   expectEndWithoutAWord();
+}
+
+class BehindAnAbort : public DatabaseToServerRun {
+ protected:
+  // Leaves at the first row of the first site; the details of the second one are read or not.
+  void abort(bool secondIsRead) {
+    openTwo();
+    if (secondIsRead) select({1});
+    frmMain.lstSites.setSelected(1, false);
+    select({0});
+    atYieldBehind("False", [] { frmMain.cmdExportServer.onClick(); });
+    press();
+    ASSERT_TRUE(frmMain.rsData->isOpen());
+    frmMain.lstSites.setSelected(0, false);
+  }
+};
+
+TEST_F(BehindAnAbort, TheNextRunReadsTheRowsOfItsOwnSite) {
+  abort(true);
+  frmMain.optOverwriteWebs.setValue(true);
+  exportSites({1});
+  EXPECT_EQ(stored("/W3SVC/1", "ServerComment"), "Wiki");
+  EXPECT_EQ(shownOutput().back(), "Done!");
+  EXPECT_FALSE(frmMain.rsData->isOpen());
+}
+
+TEST_F(BehindAnAbort, TheNextRunTakesTheNumberOfItsOwnSite) {
+  abort(true);
+  frmMain.optOverwritePreserve.setValue(true);
+  exportSites({1});
+  EXPECT_EQ(stored("/W3SVC/9", "ServerComment"), "Wiki");
+}
+
+TEST_F(BehindAnAbort, TheDetailsOfAnotherSiteCanBeRead) {
+  abort(false);
+  select({1});
+  EXPECT_THAT(entriesOf(frmMain.lstDirectories(0)), ElementsAre("C:\\Wiki"));
+}
+
+TEST_F(BehindAnAbort, AListingShowsTheStoredSites) {
+  abort(false);
+  frmMain.cmdPopulate.onClick();
+  EXPECT_THAT(entriesOf(frmMain.lstSiteIndexes), ElementsAre("1", "2"));
+  EXPECT_THAT(logStartingWith("frmMain_populateFromDatabase Error"), IsEmpty());
+}
+
+TEST_F(DatabaseToServerRun, KeepsItsRowsFromASelectionInTheMiddle) {
+  std::vector<StoredRow> rows{ofSite("ServerComment", "Shop"), ofVirtualDirectory("/ROOT", "C:\\shop")};
+  for (int i = 2; i < 60; ++i) rows.push_back(ofNode("/ROOT", "DefaultDoc", 8, text(std::to_string(i))));
+  storeSite("Shop", rows);
+  storePlainSite("Wiki", "9");
+  openStored();
+  select({0});
+  // A click on a site that was not read yet fails, since the rows that it needs are in use.
+  std::int32_t failure = 0;
+  atYieldBehind("Transferring Properties...",
+                [&] { failure = numberOfFailure([] { frmMain.lstSites.setSelected(1, true); }); });
+  press();
+  EXPECT_EQ(failure, error_number::kObjectIsOpen);
+  EXPECT_EQ(stored("/W3SVC/1/ROOT", "DefaultDoc"), "59");
 }
 
 TEST_F(DatabaseToServerRun, EndsAsUsualOnAnAbortBehindTheLastSite) {
