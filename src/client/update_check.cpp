@@ -111,9 +111,10 @@ void launchUpgrade() {
   writeLog("Launching upgrade...");
   // Looked for beside the program, though it was written to the current directory. The state of a window that
   // is neither minimized nor maximized is 0, which as a show command hides: an upgrade shows itself.
-  platform().opener->open({.file = platform().application->path() + "\\Upgrade.exe",
-                           .showCommand = frmMain.windowState,
-                           .ownedByMainWindow = false});
+  bound(platform().opener)
+      .open({.file = platform().application->path() + "\\Upgrade.exe",
+             .showCommand = frmMain.windowState,
+             .ownedByMainWindow = false});
   frmMain.timExit.enabled = true;
 }
 

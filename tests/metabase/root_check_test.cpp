@@ -118,6 +118,13 @@ TEST_F(RootCheckTest, TheTypeMayBeWrittenInAnyCase) {
   EXPECT_TRUE(output.empty());
 }
 
+TEST_F(RootCheckTest, TheClassOfASiteMayBeWrittenInAnyCase) {
+  addWebServer(element("IISWEBSERVER", "/LM/W3SVC/1", {{"ServerComment", "One"}}) +
+               root("1", "IIsWebDirectory"));
+  pressCheck();
+  EXPECT_EQ(output, (Texts{"1 - IIsWebDirectory - One - failed"}));
+}
+
 TEST_F(RootCheckTest, AServerWithFtpSitesOnlyHasNoLineAndNoProblem) {
   addServer("web1", metabaseFile(webService() + ftpService() + ftpSite("1", {{"ServerComment", "Files"}})));
   frmMain.optExportFTP.setValue(true);
@@ -350,6 +357,19 @@ TEST_F(RootFixTest, ARootWithoutATypeGetsItBackWithItsPath) {
   EXPECT_TRUE(hasLogged("1 - IIsWebVirtualDir - One - passed"));
   EXPECT_TRUE(hasLogged("Path = d:\\one"));
   EXPECT_EQ(boxes().back(), kNoFaults);
+}
+
+TEST_F(RootFixTest, TheTypeIsVerifiedOnTheNodeBoundAnew) {
+  addWebServer(site("1", "One", "IIsWebDirectory"));
+  std::size_t boundAtVerifying = 0;
+  frmMain.lstOutput.onAddItem = [&](const std::string& line) {
+    if (line.starts_with("Verifying")) boundAtVerifying = boundPaths().size();
+  };
+  pressFix();
+  ASSERT_EQ(boundAtVerifying, 3U);
+  const Texts paths = boundPaths();
+  EXPECT_EQ(Texts(paths.begin(), paths.begin() + 3),
+            (Texts{"IIS://web1/w3svc", "IIS://web1/w3svc/1/Root", "IIS://web1/w3svc/1/Root"}));
 }
 
 TEST_F(RootFixTest, TheStatusNamesTheSiteInHand) {

@@ -5,6 +5,7 @@
 #include "core/err.h"
 #include "core/run_state.h"
 #include "fakes/failing_files.h"
+#include "fakes/failures.h"
 #include "fakes/program_test.h"
 #include "platform/platform.h"
 #include "window/frm_main.h"
@@ -89,6 +90,14 @@ TEST_F(HelpMenuTest, TheCreditsAreOneBoxInASilentRunToo) {
   ASSERT_EQ(dialogs->shown.size(), 1U);
   EXPECT_NE(dialogs->shown[0].text.find("tested"), std::string::npos);
   EXPECT_EQ(dialogs->shown[0].buttons, Buttons::kOk);
+}
+
+TEST_F(HelpMenuTest, AFailureOfTheCreditsGoesToTheCaller) {
+  openWindow();
+  const std::size_t logged = logLines().size();
+  dialogs->onMessage = [](const Message&) { throw Failure(error_number::kOutOfMemory); };
+  EXPECT_EQ(test::numberOfFailure([] { frmMain.mnuCredits.onClick(); }), error_number::kOutOfMemory);
+  EXPECT_EQ(logLines().size(), logged);
 }
 
 }  // namespace

@@ -123,6 +123,19 @@ TEST_F(MappingEditingTest, AnOldTextCannotBeReplacedByNothing) {
   EXPECT_EQ(frmMain.lstNewValues.listCount(), 0);
 }
 
+TEST_F(MappingEditingTest, AnAdditionThatFailsIsLoggedUnderItsButtonsLabel) {
+  const auto fail = [](const std::string&) { throw Failure(error_number::kInvalidProcedureCall); };
+  frmMain.lstExclude.onAddItem = fail;
+  frmMain.lstOldValues.onAddItem = fail;
+  frmMain.txtAddExclusion.text = "MyProperty";
+  frmMain.cmdAddExclusion.onClick();
+  EXPECT_EQ(logLines().back(), "frmMain_cmdAddExclusion Error 5 Invalid procedure call or argument");
+  answer({"d:\\inetpub", "e:\\sites"});
+  frmMain.cmdAddNewValue.onClick();
+  EXPECT_EQ(logLines().back(), "frmMain_cmdAddNewValue Error 5 Invalid procedure call or argument");
+  EXPECT_EQ(frmMain.lstNewValues.listCount(), 0) << "the routine was left where it failed";
+}
+
 // New addresses.
 
 TEST_F(MappingEditingTest, ANewBindingGoesToTheEndOfItsListAndIntoARow) {

@@ -6,6 +6,7 @@
 #include "core/err.h"
 #include "core/run_state.h"
 #include "fakes/failing_databases.h"
+#include "fakes/failing_files.h"
 #include "fakes/failures.h"
 #include "fakes/program_test.h"
 #include "stores/statements.h"
@@ -358,6 +359,52 @@ TEST_F(PreferencesTest, AFailureOfAnExportTabIsLogged) {
   EXPECT_TRUE(frmMain.fraExportFile.visible);
 }
 
+TEST_F(PreferencesTest, AFailureOfTheKindOfSiteIsLoggedUnderTheOptionsLabel) {
+  listSites(1);
+  // Taking the listing down has a handler of its own, so that only what fails in that one comes through.
+  databases_.failOn("OpenRows", "Folder IS NOT NULL", error_number::kUnspecified);
+  watchFiles().refuses = [](const std::string& line) {
+    return line.find("CloseDownLists") != std::string::npos;
+  };
+  frmMain.optExportFTP.setValue(true);
+  EXPECT_TRUE(logLines().back().starts_with("frmMain_optExportFTP Error 75 ")) << logLines().back();
+  frmMain.optExportWeb.setValue(true);
+  EXPECT_TRUE(logLines().back().starts_with("frmMain_optExportWeb Error 75 ")) << logLines().back();
+}
+
+// An event routine that can't be carried out.
+void fail() {
+  throw Failure(error_number::kInvalidProcedureCall);
+}
+
+TEST_F(PreferencesTest, AFailureOfTheChoiceOfAServerIsLogged) {
+  optExportFile_Click();
+  frmMain.optExportServer.onClick = fail;
+  optExportServer_Click();
+  EXPECT_EQ(logLines().back(), "frmMain_optExportServer Error 5 Invalid procedure call or argument");
+}
+
+TEST_F(PreferencesTest, AFailureOfTheRefreshIsLoggedAndTheChoiceStands) {
+  frmMain.chkCopyFiles.setValue(true);
+  frmMain.chkCopyFiles.onClick = fail;
+  optExportFile_Click();
+  EXPECT_EQ(logLines().back(), "frmMain_RefreshForm Error 5 Invalid procedure call or argument");
+  EXPECT_TRUE(frmMain.optExportFile.value());
+  EXPECT_FALSE(frmMain.optExportServer.value());
+}
+
+TEST_F(PreferencesTest, OptionsWithoutAHandlerLetAFailureThrough) {
+  optOverwriteWebs_Click();
+  for (OptionButton* option : {&frmMain.optExportFile, &frmMain.optCreateWebs, &frmMain.optOverwriteWebs}) {
+    option->onClick = fail;
+  }
+  const std::size_t logged = logLines().size();
+  EXPECT_EQ(numberOfFailure([] { optExportFile_Click(); }), error_number::kInvalidProcedureCall);
+  EXPECT_EQ(numberOfFailure([] { optCreateWebs_Click(); }), error_number::kInvalidProcedureCall);
+  EXPECT_EQ(numberOfFailure([] { optOverwriteWebs_Click(); }), error_number::kInvalidProcedureCall);
+  EXPECT_EQ(logLines().size(), logged);
+}
+
 // Which of the four groups of the mapping is to be seen.
 std::string visibleGroups() {
   std::string groups;
@@ -417,6 +464,14 @@ TEST_F(MappingTabTest, WithNothingSelectedTheThreeGroupsAreHidden) {
     frmMain.tabNewValues.select(tab);
     EXPECT_EQ(visibleGroups(), "") << tab;
   }
+}
+
+TEST_F(MappingTabTest, PairsToFindAndReplaceNeedNoSite) {
+  frmMain.lstSites.setSelected(1, false);
+  frmMain.tabNewValues.select(4);
+  EXPECT_EQ(visibleGroups(), "values ");
+  frmMain.tabNewValues.select(1);
+  EXPECT_EQ(visibleGroups(), "");
 }
 
 TEST_F(MappingTabTest, AFailureToReadTheDirectoriesIsLoggedUnderTheTabsLabelAndLeavesTheRoutine) {
