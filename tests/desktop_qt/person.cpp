@@ -209,6 +209,10 @@ void Person::willDo(std::function<void(QDialog&)> whatToDo) {
   answers_.push_back(std::move(whatToDo));
 }
 
+void Person::sendKey(QDialog& box, Qt::Key key) {
+  QTest::keyClick(box.windowHandle(), key);
+}
+
 void Person::once(std::function<bool()> holds, std::function<void()> whatToDo) {
   plans_.push_back({std::move(holds), std::move(whatToDo)});
 }
@@ -230,8 +234,10 @@ void Person::act() {
 
 void Person::answer() {
   auto* const box = qobject_cast<QDialog*>(QApplication::activeModalWidget());
-  if (box == nullptr || isAnswering_ || !box->windowHandle()->isExposed()) return;
+  if (box == nullptr) answered_ = nullptr;
+  if (box == nullptr || box == answered_ || isAnswering_ || !box->windowHandle()->isExposed()) return;
   isAnswering_ = true;
+  answered_ = box;
   boxes.push_back(textOf(*box));
   if (answers_.empty()) {
     ADD_FAILURE() << "nobody expected this box: " << boxes.back();
@@ -245,7 +251,7 @@ void Person::answer() {
     } catch (const std::exception& failure) {
       ADD_FAILURE() << failure.what();
     }
-    if (box->isVisible()) {
+    if (box->isVisible() && plans_.empty()) {  // a plan may take it away later
       ADD_FAILURE() << "the answer did not take this box away: " << boxes.back();
       box->hide();
     }

@@ -62,6 +62,7 @@ class Person {
   static void press(QDialog& box, const std::string& button);
   // Does something as soon as something holds, be it in the middle of what a click does. Nothing that looks.
   void once(std::function<bool()> holds, std::function<void()> whatToDo);
+  static void sendKey(QDialog& box, Qt::Key key);
   // A click that is only sent.
   static void clickBlindly(const std::string& control);
   // Titles and texts of the boxes that came up, "title: text", and a chooser's or an input box's title and
@@ -83,6 +84,7 @@ class Person {
   std::deque<Plan> plans_;
   QTimer watch_;
   bool isAnswering_ = false;
+  const QDialog* answered_ = nullptr;
 };
 
 }  // namespace trelvin::test

@@ -1,6 +1,7 @@
 #include "desktop/qt/control_view.h"
 
 #include <QCheckBox>
+#include <QEvent>
 #include <QGroupBox>
 #include <QLabel>
 #include <QLineEdit>
@@ -169,7 +170,19 @@ class OptionView final : public KindView<OptionButton, QRadioButton> {
   bool isDrawing_ = false;
 };
 
-class TabStripView final : public KindView<TabStrip, QTabBar> {
+// The access key of a tab leads the focus to it too, so that the next Tab key goes on from there.
+class TabBar final : public QTabBar {
+ public:
+  using QTabBar::QTabBar;
+
+ protected:
+  bool event(QEvent* event) override {
+    if (event->type() == QEvent::Shortcut) setFocus(Qt::ShortcutFocusReason);
+    return QTabBar::event(event);
+  }
+};
+
+class TabStripView final : public KindView<TabStrip, TabBar> {
  public:
   TabStripView(TabStrip& control, const Place& place, QWidget& parent, Desk& desk)
       : KindView(control, place, parent), accessKeys_(place.accessKeys) {

@@ -15,6 +15,8 @@ class Pace {
   [[nodiscard]] bool isDue() const { return Clock::now() - last_ >= kBetweenPictures; }
   // Counted from the end of a picture, so that on a slow screen the work still gets its share.
   void noteDrawn() { last_ = Clock::now(); }
+  // What comes next shows at once, such as the button of a run that now reads "Abort".
+  void startAnew() { last_ = {}; }
 
  private:
   using Clock = std::chrono::steady_clock;

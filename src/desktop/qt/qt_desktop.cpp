@@ -54,7 +54,7 @@ void QtDesktop::waitWhile(const std::function<bool()>& isUp) {
     runNestedTouches();
     draw();
   }
-  desk_.pace.noteDrawn();
+  desk_.pace.startAnew();
 }
 
 // What comes over the net is carried out in its turn, like a touch.
@@ -86,6 +86,7 @@ void QtDesktop::runNestedTouches() {
 
 // The top of every event: what comes up to here has no handler, and ends the process.
 void QtDesktop::runTouches() {
+  desk_.pace.startAnew();
   try {
     desk_.touches.runAll();
   } catch (const Failure& failure) {
