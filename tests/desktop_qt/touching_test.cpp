@@ -290,6 +290,36 @@ TEST_F(TouchingTest, ReturnOnAListEditsAsADoubleClickDoes) {
   EXPECT_THAT(person.boxes, ElementsAre("Directory configuration: Please specify the new directory"));
 }
 
+TEST_F(TouchingTest, ControlsAndTabsShowTheirTooltipsOnHover) {
+  int tooltips = 0;
+  for (const Control* control : frmMain.controls()) {
+    if (control->tooltip.empty()) continue;
+    EXPECT_EQ(desktop::fromQt(Person::see(control->name).toolTip()), control->tooltip) << control->name;
+    ++tooltips;
+  }
+  EXPECT_GT(tooltips, 0);
+  for (const TabStrip* strip : {&frmMain.TabImportType, &frmMain.TabExportType, &frmMain.tabNewValues}) {
+    const auto& tabs = Person::see<QTabBar>(strip->name);
+    ASSERT_EQ(tabs.count(), strip->tabCount());
+    for (int i = 0; i < tabs.count(); ++i) {
+      EXPECT_EQ(desktop::fromQt(tabs.tabToolTip(i)), strip->tab(i + 1).tooltip) << strip->name;
+    }
+  }
+}
+
+TEST_F(TouchingTest, TheExportTabThatComesBackHasItsTooltip) {
+  person.chooseTab("TabImportType", 2);
+  person.chooseTab("TabImportType", 1);
+  EXPECT_EQ(desktop::fromQt(Person::see<QTabBar>("TabExportType").tabToolTip(1)),
+            "Export your sites to a database");
+}
+
+TEST_F(TouchingTest, ThePasswordOfADataSourceIsShownAsItIsTyped) {
+  person.chooseMenu("mnuFile", "mnuDBLoc");
+  person.type("txtPassword", "secret");
+  EXPECT_EQ(desktop::fromQt(Person::see<QLineEdit>("txtPassword").displayText()), "secret");
+}
+
 TEST_F(TouchingTest, ALineOfTheOutputIsShownWholeByADoubleClickAndOnHover) {
   frmMain.lstOutput.addItem("A line that is long enough");
   person.look();
