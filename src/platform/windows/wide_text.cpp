@@ -24,7 +24,7 @@ std::string utf8Text(std::wstring_view wide) {
   return utf8;
 }
 
-std::string systemText(std::uint32_t number) {
+std::string systemMessage(std::uint32_t number) {
   std::array<wchar_t, 512> buffer{};
   constexpr DWORD kFlags = FORMAT_MESSAGE_FROM_SYSTEM | FORMAT_MESSAGE_IGNORE_INSERTS;
   const DWORD length =
@@ -33,7 +33,12 @@ std::string systemText(std::uint32_t number) {
   while (!text.empty() && (text.back() == L'\r' || text.back() == L'\n' || text.back() == L' ')) {
     text.remove_suffix(1);
   }
-  return text.empty() ? "system error " + std::to_string(number) : utf8Text(text);
+  return utf8Text(text);
+}
+
+std::string systemText(std::uint32_t number) {
+  std::string text = systemMessage(number);
+  return text.empty() ? "system error " + std::to_string(number) : text;
 }
 
 }  // namespace trelvin

@@ -11,7 +11,9 @@ namespace trelvin {
 std::wstring wideText(std::string_view utf8);
 std::string utf8Text(std::wstring_view wide);
 
-// Windows' own text for one of its numbers, without the line end; the number itself when it has none.
+// Windows' own text for one of its numbers, without the line end; empty when it has none.
+std::string systemMessage(std::uint32_t number);
+// The same; the number itself when there is no text.
 std::string systemText(std::uint32_t number);
 
 }  // namespace trelvin

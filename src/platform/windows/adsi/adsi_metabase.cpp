@@ -73,12 +73,20 @@ class AdsiNode final : public MetabaseNode {
   LateBound object_;
 };
 
+// Whether this machine knows what IIS:// means.
+bool hasProvider() {
+  CLSID provider;
+  return SUCCEEDED(::CLSIDFromProgID(L"IIS", &provider));
+}
+
 class AdsiMetabase final : public Metabase {
  public:
   NodeHandle getObject(std::string_view path) override {
     ComPtr<IDispatch> object;
-    requireSuccess(
-        ::ADsGetObject(wideText(path).c_str(), IID_IDispatch, reinterpret_cast<void**>(object.put())));
+    const HRESULT found =
+        ::ADsGetObject(wideText(path).c_str(), IID_IDispatch, reinterpret_cast<void**>(object.put()));
+    if (FAILED(found) && !hasProvider()) throw Failure(error_number::kCannotCreateObject);
+    requireSuccess(found);
     return std::make_shared<AdsiNode>(LateBound(std::move(object)));
   }
 

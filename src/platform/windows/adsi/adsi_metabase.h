@@ -7,7 +7,8 @@
 
 namespace trelvin {
 
-// Numbers and descriptions of failures are the directory service's own. One thread only: the one that makes
+// Numbers and descriptions of failures are the directory service's own; a bind fails with 429 on a machine
+// without its provider. One thread only: the one that makes
 // it.
 std::unique_ptr<Metabase> makeAdsiMetabase();
 

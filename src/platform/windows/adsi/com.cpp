@@ -1,6 +1,8 @@
 #include "platform/windows/adsi/com.h"
 
-#include "core/err.h"
+#include <cstdint>
+#include <utility>
+
 #include "platform/windows/wide_text.h"
 
 namespace trelvin {
@@ -18,8 +20,14 @@ BSTR allocated(std::string_view utf8) {
 
 Bstr::Bstr(std::string_view utf8) : text_(allocated(utf8)) {}
 
+Failure numberedFailure(std::int32_t number) {
+  // The runtime's own numbers are positive; to Windows they would mean something else.
+  std::string text = number < 0 ? systemMessage(static_cast<std::uint32_t>(number)) : std::string();
+  return text.empty() ? Failure(number) : Failure(number, std::move(text));
+}
+
 void requireSuccess(HRESULT result) {
-  if (FAILED(result)) throw Failure(result, systemText(static_cast<std::uint32_t>(result)));
+  if (FAILED(result)) throw numberedFailure(result);
 }
 
 // A thread that is in an apartment of another kind already works as well, through proxies.

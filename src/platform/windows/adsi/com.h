@@ -1,10 +1,12 @@
 // What late-bound COM needs: counted pointers, texts and variants that are freed with their owner.
 #pragma once
 
+#include <cstdint>
 #include <string>
 #include <string_view>
 #include <utility>
 
+#include "core/err.h"
 #include "platform/windows/adsi/com_api.h"
 
 namespace trelvin {
@@ -69,7 +71,11 @@ class Variant {
   VARIANT held_;
 };
 
-// Fails with the result as number: the description is Windows' own text for it.
+// A failure of that number. Windows has texts for its own numbers, the program for those of the runtime and
+// of the directory service.
+Failure numberedFailure(std::int32_t number);
+
+// Fails with the result as number.
 void requireSuccess(HRESULT result);
 
 // Enters the single-threaded apartment; the thread stays in it as long as one of these lives.

@@ -33,7 +33,8 @@ class ExceptionInfo {
         info_.bstrDescription == nullptr
             ? std::wstring_view()
             : std::wstring_view(info_.bstrDescription, ::SysStringLen(info_.bstrDescription));
-    throw Failure(number, text.empty() ? systemText(static_cast<std::uint32_t>(number)) : utf8Text(text));
+    if (text.empty()) throw numberedFailure(number);
+    throw Failure(number, utf8Text(text));
   }
 
  private:
