@@ -1,11 +1,18 @@
 #!/usr/bin/env bash
 # Runs a Windows program under Wine and passes its status on. Its output goes through a file, since Wine's services
-# would keep a pipe open.
+# would keep a pipe open. With TRELVIN_DIRECTORY_HOST in the environment that program is the host of the tests'
+# directory provider: it runs beside the Windows program, which finds its port in TRELVIN_DIRECTORY_PORT.
 #
 #   scripts/run_under_wine.sh program.exe [argument ...]
 set -euo pipefail
 output=$(mktemp)
 trap 'rm -f "$output"' EXIT
+if [[ -n ${TRELVIN_DIRECTORY_HOST:-} ]]; then
+  # It ends with its standard input, that is with this script.
+  coproc host { exec "$TRELVIN_DIRECTORY_HOST"; }
+  read -r TRELVIN_DIRECTORY_PORT <&"${host[0]}"
+  export TRELVIN_DIRECTORY_PORT
+fi
 status=0
 env -u DISPLAY WINEDEBUG=-all /usr/lib/wine/wine64 "$@" </dev/null >"$output" 2>&1 || status=$?
 cat "$output"

@@ -15,6 +15,12 @@ prepareWine() {
     env -u DISPLAY "$kWine" wineboot -i </dev/null >/dev/null 2>&1
     wineserver -w
   fi
-  wineserver -p </dev/null >/dev/null 2>&1
+  # It says no when it runs already, as after an earlier run.
+  wineserver -p </dev/null >/dev/null 2>&1 || true
   env -u DISPLAY "$kWine" wineboot </dev/null >/dev/null 2>&1
+}
+
+# Ends everything that runs in the prefix.
+stopWine() {
+  wineserver -k </dev/null >/dev/null 2>&1 || true
 }

@@ -8,6 +8,7 @@
 #include "fakes/temp_folder.h"
 #include "platform/application.h"
 #include "platform/files.h"
+#include "platform/metabase.h"
 #include "platform/profile.h"
 #include "platform/registry.h"
 
@@ -18,6 +19,10 @@ std::unique_ptr<ProfileFiles> systemProfileFiles();
 // Its values are nobody else's; where the system has one registry for all, below a key of the tests.
 std::unique_ptr<Registry> systemRegistry(const TempFolder& folder);
 std::unique_ptr<Clock> systemClock();
+// Reaches the servers of a network folder: <server>/C$/WINDOWS/system32/inetsrv/MetaBase.xml. What was
+// changed is in the file once this and all of its nodes are gone. Where objects are counted, its end is a
+// test that none is left over.
+std::unique_ptr<Metabase> systemMetabase(const TempFolder& network);
 
 // A native path in the program's own form.
 std::string programForm(const std::filesystem::path& native);

@@ -2,6 +2,7 @@
 
 #include "platform/linux/file_system.h"
 #include "platform/linux/locale_clock.h"
+#include "platform/linux/metabase/metabase_file.h"
 #include "platform/linux/paths.h"
 #include "platform/linux/profile_files.h"
 #include "platform/linux/registry_file.h"
@@ -30,6 +31,12 @@ std::unique_ptr<Registry> systemRegistry(const TempFolder& folder) {
 
 std::unique_ptr<Clock> systemClock() {
   return makeLocaleClock();
+}
+
+std::unique_ptr<Metabase> systemMetabase(const TempFolder& network) {
+  return makeFileMetabase([paths = Paths(network.path().string())](std::string_view server) {
+    return paths.metabaseFileOf(server);
+  });
 }
 
 std::string programForm(const std::filesystem::path& native) {

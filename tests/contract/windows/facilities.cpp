@@ -1,5 +1,6 @@
 #include "contract/facilities.h"
 
+#include "fakes/windows/directory_service.h"
 #include "platform/windows/file_system.h"
 #include "platform/windows/locale_clock.h"
 #include "platform/windows/profile_files.h"
@@ -24,6 +25,10 @@ std::unique_ptr<Registry> systemRegistry(const TempFolder& /*folder*/) {
 
 std::unique_ptr<Clock> systemClock() {
   return makeLocaleClock();
+}
+
+std::unique_ptr<Metabase> systemMetabase(const TempFolder& network) {
+  return makeDirectoryService(network.path());
 }
 
 std::string programForm(const std::filesystem::path& native) {
