@@ -3,25 +3,12 @@
 #include <array>
 #include <string>
 
+#include "platform/windows/system_time.h"
 #include "platform/windows/wide_text.h"
-#include "platform/windows/windows_api.h"
 
 namespace trelvin {
 
 namespace {
-
-constexpr int kFirstYear = 1900;  // of std::tm
-
-SYSTEMTIME systemTimeOf(const Date& date) {
-  SYSTEMTIME time{};
-  time.wYear = static_cast<WORD>(date.parts.tm_year + kFirstYear);
-  time.wMonth = static_cast<WORD>(date.parts.tm_mon + 1);
-  time.wDay = static_cast<WORD>(date.parts.tm_mday);
-  time.wHour = static_cast<WORD>(date.parts.tm_hour);
-  time.wMinute = static_cast<WORD>(date.parts.tm_min);
-  time.wSecond = static_cast<WORD>(date.parts.tm_sec);
-  return time;
-}
 
 std::string timeText(const Date& date, DWORD flags) {
   const SYSTEMTIME time = systemTimeOf(date);
@@ -36,15 +23,7 @@ class LocaleClock final : public Clock {
   [[nodiscard]] Date now() const override {
     SYSTEMTIME time{};
     ::GetLocalTime(&time);
-    Date date;
-    date.parts.tm_year = time.wYear - kFirstYear;
-    date.parts.tm_mon = time.wMonth - 1;
-    date.parts.tm_mday = time.wDay;
-    date.parts.tm_hour = time.wHour;
-    date.parts.tm_min = time.wMinute;
-    date.parts.tm_sec = time.wSecond;
-    date.parts.tm_isdst = -1;
-    return date;
+    return dateOf(time);
   }
 
   [[nodiscard]] std::string generalText(const Date& date) const override {

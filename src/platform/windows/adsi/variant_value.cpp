@@ -5,39 +5,25 @@
 #include <utility>
 
 #include "core/err.h"
+#include "platform/windows/system_time.h"
 #include "platform/windows/wide_text.h"
 
 namespace trelvin {
 
 namespace {
 
-constexpr int kFirstYear = 1900;  // of std::tm
-
 std::string textOfBstr(BSTR text) {
   return text == nullptr ? std::string() : utf8Text({text, ::SysStringLen(text)});
 }
 
-Value dateOf(double moment) {
+Value dateValue(double moment) {
   SYSTEMTIME time{};
   if (!::VariantTimeToSystemTime(moment, &time)) throw Failure(error_number::kTypeMismatch);
-  Date date;
-  date.parts.tm_year = time.wYear - kFirstYear;
-  date.parts.tm_mon = time.wMonth - 1;
-  date.parts.tm_mday = time.wDay;
-  date.parts.tm_hour = time.wHour;
-  date.parts.tm_min = time.wMinute;
-  date.parts.tm_sec = time.wSecond;
-  return date;
+  return dateOf(time);
 }
 
 double momentOf(const Date& date) {
-  SYSTEMTIME time{};
-  time.wYear = static_cast<WORD>(date.parts.tm_year + kFirstYear);
-  time.wMonth = static_cast<WORD>(date.parts.tm_mon + 1);
-  time.wDay = static_cast<WORD>(date.parts.tm_mday);
-  time.wHour = static_cast<WORD>(date.parts.tm_hour);
-  time.wMinute = static_cast<WORD>(date.parts.tm_min);
-  time.wSecond = static_cast<WORD>(date.parts.tm_sec);
+  SYSTEMTIME time = systemTimeOf(date);
   double moment = 0;
   if (!::SystemTimeToVariantTime(&time, &moment)) throw Failure(error_number::kTypeMismatch);
   return moment;
@@ -127,7 +113,7 @@ Value simpleValue(const VARIANT& variant) {
     case VT_R8:
       return V_R8(&variant);
     case VT_DATE:
-      return dateOf(V_DATE(&variant));
+      return dateValue(V_DATE(&variant));
     case VT_BSTR:
       return textOfBstr(V_BSTR(&variant));
     case VT_BOOL:
