@@ -302,6 +302,7 @@ void cmdExportFile_Click() {
     if (leaveWhenCancelled()) return;
     suggestSystemDirectory();
     if (leaveWhenCancelled()) return;
+    attempt([] { giveUpDataRows(); });
     beginRun(frmMain.cmdExportFile, "Exporting to file");
     if (!exportRun.exportSelection()) {
       endAbortedRun();

@@ -139,6 +139,13 @@ void DatabaseToServer::listStored(int from, int to) {
   events->beeps = 0;
 }
 
+void DatabaseToServer::expectStoredRowsToHaveGrown() {
+  const Rows now = everyStoredRow();
+  EXPECT_GT(now.size(), before_.size());
+  for (const auto& row : before_) EXPECT_THAT(now, ::testing::Contains(row));
+  before_ = now;
+}
+
 Rows DatabaseToServer::everyStoredRow() const {
   Rows all = query(kDataDatabase,
                    "SELECT ID AS a, SiteNumber AS b, Location AS c, Name AS d, Class AS e, DataType AS f, "

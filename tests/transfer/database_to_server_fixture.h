@@ -55,6 +55,9 @@ class DatabaseToServer : public ServerToServer {
   void openStoredForDebug(const std::string& target = webService(""), int from = 6, int to = 6);
   void openStoredFtp(const std::string& target = ftpService(""));
 
+  // For a test that goes on to store a site: the rows from before must all be there still.
+  void expectStoredRowsToHaveGrown();
+
   // The rows of both tables of the data database as they are now.
   [[nodiscard]] Rows everyStoredRow() const;
 

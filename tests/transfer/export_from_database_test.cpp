@@ -540,6 +540,21 @@ TEST_F(BehindAnAbort, TheDetailsOfAnotherSiteCanBeRead) {
   EXPECT_THAT(entriesOf(frmMain.lstDirectories(0)), ElementsAre("C:\\Wiki"));
 }
 
+TEST_F(BehindAnAbort, ARunIntoTheDatabaseStoresUnderTheNumberOfItsOwnSite) {
+  abort(true);
+  addServer("WEB1", metabaseFile(webService(plainSite(1, "Late"))));
+  frmMain.TabImportType.select(1);
+  frmMain.txtImportServer.text = "WEB1";
+  frmMain.cmdPopulate.onClick();
+  select({0});
+  dialogs->answers.assign(1, Answer::kOk);
+  frmMain.cmdExportFile.onClick();
+  EXPECT_EQ(query("TrelvinData.mdb", "SELECT SiteName AS a FROM Sites WHERE ID = 3"), (Rows{{"Late"}}));
+  EXPECT_EQ(query("TrelvinData.mdb", "SELECT DISTINCT SiteNumber AS a FROM Data WHERE StringValue = 'Late'"),
+            (Rows{{"3"}}));
+  expectStoredRowsToHaveGrown();
+}
+
 TEST_F(BehindAnAbort, AListingShowsTheStoredSites) {
   abort(false);
   frmMain.cmdPopulate.onClick();
