@@ -1,5 +1,8 @@
 #include "transfer/export_from_database.h"
 
+#include <functional>
+#include <string>
+
 #include "core/err.h"
 #include "core/reporting.h"
 #include "core/run_state.h"
@@ -49,6 +52,13 @@ bool rowsAreEmpty() {
   return rows().bof() && rows().eof();
 }
 
+// The reason of a failure is told here, before the routine clears it: all that follows from it would only say
+// that the set is closed.
+void openStored(const std::function<std::string()>& statement) {
+  buildAndOpenDataRows(statement);
+  if (!rows().isOpen()) tellUnreadableRows();
+}
+
 void addAndLog(const std::string& text) {
   attempt([&] { addOutput(text); });
   attempt([&] { writeLog(text); });
@@ -92,7 +102,7 @@ bool DatabaseToServerRun::exportSite(std::int32_t index) {
 bool DatabaseToServerRun::takeOriginalNumber(std::int32_t index) {
   attempt([] { writeLog("Overwrite"); });
   const std::string& storedSite = frmMain.lstSiteIndexes.list(index);
-  buildAndOpenDataRows([&] { return statements::siteNodeRows(storedSite); });
+  openStored([&] { return statements::siteNodeRows(storedSite); });
   if (holdsOrFails(rowsAreEmpty)) {
     const std::string text = "Could not retreive a W3SVCNumber for the web site with DB ID " + storedSite;
     attempt([&] { writeLog(text); });
@@ -154,7 +164,7 @@ void DatabaseToServerRun::createSite(std::int32_t index) {
 }
 
 void DatabaseToServerRun::openRows(std::int32_t index) {
-  buildAndOpenDataRows([&] { return statements::siteRows(frmMain.lstSiteIndexes.list(index)); });
+  openStored([&] { return statements::siteRows(frmMain.lstSiteIndexes.list(index)); });
   Err.clear();
   if (holdsOrFails([] { return !rowsAreEmpty(); })) attempt([] { rows().moveFirst(); });
   attempt([] { frmMain.ProgressBar1.setMax(rows().recordCount()); });

@@ -66,10 +66,15 @@ void logAndClearIfErr(Text&& text) {
 
 }  // namespace
 
+void tellUnreadableRows() {
+  logAndClearIfErr([] { return "Error reading the stored rows of the site " + errorAndCause(); });
+}
+
 bool SiteRebuild::writeRows(std::int16_t siteNumber) {
   siteNumber_ = siteNumber;
   sLocation_.clear();
   rowPosition_ = 0;
+  if (!rows().isOpen()) return true;
   bool isCancelled = false;
   const bool isWhole = attempt([&] {
     while (!rows().eof()) {
@@ -82,9 +87,8 @@ bool SiteRebuild::writeRows(std::int16_t siteNumber) {
     }
   });
   // Passing over a set that can't be read would never end, and writing what the row before left would ruin
-  // properties: the rows are over then, and this is the one failure of the database that is told.
-  if (!isWhole)
-    logAndClearIfErr([] { return "Error reading the stored rows of the site " + errorAndCause(); });
+  // properties: the rows are over then, and that is told.
+  if (!isWhole) tellUnreadableRows();
   return !isCancelled;
 }
 
@@ -190,8 +194,8 @@ void SiteRebuild::setPath(const NodeWords& words) {
   });
 }
 
-// The rows of plain directories have neither of the two columns: in process then, in the pool that is
-// inherited.
+// The rows of plain directories have neither of the two columns: nought then, which is in process for IIS 5
+// and 6 and out of process for IIS 4, and the pool that is inherited.
 void SiteRebuild::makeApplication(const NodeWords& words) {
   attempt([&] { oNode_ = getObject(nodePath()); });
   attempt([&] {

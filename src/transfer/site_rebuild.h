@@ -10,12 +10,17 @@ namespace trelvin {
 
 struct NodeWords;
 
+// Logs the failure in Err as one of the database, and clears it: what could not be read is missing on the
+// target.
+void tellUnreadableRows();
+
 // What a run keeps from row to row and from site to site. A bind that fails leaves its handle on the node
 // before, and what follows works on that one.
 class SiteRebuild {
  public:
   // Goes through the rows that are open in rsData: creates the nodes that they open, and writes their
-  // properties, below the site of that number. False when the run was cancelled in the middle.
+  // properties, below the site of that number. Rows that could not be opened are none. False when the run was
+  // cancelled in the middle.
   bool writeRows(std::int16_t siteNumber);
 
   // The node that was written to last.

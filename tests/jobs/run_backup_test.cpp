@@ -446,6 +446,35 @@ TEST_F(RestoringJob, IsNotStoppedByASiteWithoutANumber) {
   EXPECT_THAT(phases(), Contains("Closing complete"));
 }
 
+TEST_F(RestoringJob, LogsWhatIsWrongWithADatabaseWithoutTheTables) {
+  const std::string other = otherDatabase();
+  executeOn("Other.mdb", "DROP TABLE Data");
+  executeOn("Other.mdb", "DROP TABLE Sites");
+  runJob(" -C " + other);
+  const auto lines = logStartingWith("frmMain_populateFromDatabase Error ");
+  ASSERT_FALSE(lines.empty());
+  EXPECT_THAT(lines[0], StartsWith("frmMain_populateFromDatabase Error " +
+                                   std::to_string(error_number::kNoSuchTable) + " "));
+  EXPECT_TRUE(hasOutput("No sites were found in the database"));
+  EXPECT_TRUE(hasOutput("Please select a site to export"));
+  EXPECT_THAT(boxes(), IsEmpty());
+  EXPECT_THAT(phases(), Contains("Closing complete"));
+}
+
+TEST_F(RestoringJob, LogsWhatIsWrongWithADatabaseWithoutTheRowsOfItsSites) {
+  const std::string other = otherDatabase();
+  store("Other.mdb", "Shop", "'7'");
+  executeOn("Other.mdb", "DROP TABLE Data");
+  runJob(" -C " + other);
+  const std::string reason = std::to_string(error_number::kNoSuchTable);
+  EXPECT_THAT(logStartingWith("frmMain SelectSitesFromBackup Error " + reason + " "), SizeIs(1));
+  EXPECT_THAT(logStartingWith("Error reading the stored rows of the site Error " + reason), SizeIs(1))
+      << "the site was selected by then, and the run goes on with it";
+  EXPECT_EQ(output.back(), "Done!");
+  EXPECT_THAT(boxes(), IsEmpty());
+  EXPECT_EQ(commentOf(4), "Kept");
+}
+
 TEST_F(RestoringJob, GoesOnAgainstNoTargetAndEndsInDone) {
   store("TrelvinData.mdb", "Shop", "'7'");
   set("ExportServer", "GONE");
