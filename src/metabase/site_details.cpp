@@ -132,10 +132,10 @@ void tryRow(std::string sql) {
 }
 
 void storeBindingList(const std::string& list, AddRow addRow) {
-  std::string rest = list;
-  for (std::size_t end = rest.find("\r\n"); end != std::string::npos; end = rest.find("\r\n")) {
-    tryRow(addRow(frmMain.iCurrentSite, frmMain.iRowIndex, rest.substr(0, end)));
-    rest.erase(0, end + 2);
+  std::size_t begin = 0;
+  for (std::size_t end = list.find("\r\n"); end != std::string::npos; end = list.find("\r\n", begin)) {
+    tryRow(addRow(frmMain.iCurrentSite, frmMain.iRowIndex, list.substr(begin, end - begin)));
+    begin = end + 2;
   }
 }
 

@@ -277,6 +277,40 @@ TEST_F(StoredSiteDetailsTest, ADatabaseThatCannotBeReadGoesToTheCaller) {
   EXPECT_FALSE(frmMain.abDetailsRead[0]);
 }
 
+struct BrokenReading {
+  const char* name;
+  const char* operation;
+  const char* text;
+};
+
+class BrokenStoredSiteDetails : public StoredSiteDetailsTest,
+                                public ::testing::WithParamInterface<BrokenReading> {};
+
+TEST_P(BrokenStoredSiteDetails, GoToTheCallerAndCanBeReadLater) {
+  listOneSite();
+  databases.rule = [](const DatabaseCall& call) -> std::optional<std::int32_t> {
+    const bool fails = call.operation == GetParam().operation && call.text == GetParam().text &&
+                       frmMain.StatusBar1.panel == "Retrieving current settings for web site";
+    return fails ? std::optional(error_number::kUnspecified) : std::nullopt;
+  };
+  EXPECT_EQ(numberOfFailure([] { select(0); }), error_number::kUnspecified);
+  EXPECT_FALSE(frmMain.abDetailsRead[0]);
+  EXPECT_TRUE(frmMain.rsData->isOpen()) << "the rows are in the middle";
+  databases.rule = nullptr;
+  unselect(0);
+  pressPopulate();
+  select(0);
+  EXPECT_EQ(directoryRows(), (Rows{{"0", "0", "/ROOT", "d:\\one"}}));
+  EXPECT_EQ(bindingRows().size(), 2U);
+  EXPECT_EQ(sslRows().size(), 1U);
+}
+
+INSTANTIATE_TEST_SUITE_P(Statements, BrokenStoredSiteDetails,
+                         ::testing::Values(BrokenReading{"Directory", "Field", "StringValue"},
+                                           BrokenReading{"Bindings", "Field", "ObjectValue"},
+                                           BrokenReading{"NextRow", "MoveNext", ""}),
+                         [](const auto& instance) { return std::string(instance.param.name); });
+
 TEST_F(StoredSiteDetailsTest, AStoredSiteWithoutDirectoriesIsTold) {
   storeSite("One");
   pressPopulate();
