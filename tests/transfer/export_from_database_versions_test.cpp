@@ -103,6 +103,14 @@ TEST_F(StoredFrom, Iis4HoldsFalseForAnApplicationOutOfProcess) {
   EXPECT_THAT(callsOf({"AppCreate"}), ElementsAre("AppCreate /W3SVC/1/ROOT/a False"));
 }
 
+TEST_F(StoredFrom, Iis4HoldsNothingForAPlainDirectoryWhichComesOutOfProcess) {
+  storeSite("Shop", {ofVirtualDirectory("/ROOT", "C:\\shop"),
+                     withApplication(ofDirectory("/ROOT/a", ""), "Null", "Null")});
+  openStored(infoOf(4) + webService(""), 4, 4);
+  exportSites({0});
+  EXPECT_THAT(callsOf({"AppCreate"}), ElementsAre("AppCreate /W3SVC/1/ROOT/a False"));
+}
+
 TEST_F(StoredFrom, Iis4ToADatabaseServerMayHoldTheWords) {
   rebuildInProcess("'False'");
   EXPECT_THAT(callsOf({"AppCreate"}), ElementsAre("AppCreate /W3SVC/1/ROOT/a False"));
