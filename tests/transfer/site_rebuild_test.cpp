@@ -2,6 +2,7 @@
 #include "transfer/site_rebuild.h"
 
 #include <algorithm>
+#include <random>
 
 #include "core/err.h"
 #include "core/run_state.h"
@@ -489,6 +490,52 @@ TEST_F(SiteRebuildTest, SurvivesLocationsWithOddSlashes) {
   for (int site = 91; site < 99; ++site)
     EXPECT_EQ(stored("/W3SVC/" + std::to_string(site) + "/ROOT/z", "DefaultDoc"), "z.htm") << site;
 }
+
+class RowsDrawnByLot : public SiteRebuildTest, public ::testing::WithParamInterface<unsigned> {
+ protected:
+  RowsDrawnByLot() : random_(GetParam()) {}
+  StoredRow row() {
+    StoredRow row;
+    row.location = oneOf({"", "/ROOT", "/ROOT/a", "/root/A", "/ROOT/a/b", "/ROOT//c", "/ROOT/a/", "/", "//",
+                          "x", "/..", "/ROOT/\xc3\xa4", "/ROOT/it's", "/Filters", "/ROOT/\r\n"});
+    row.name = oneOf({"Path", "DefaultDoc", "AccessFlags", "ScriptMaps", "HttpCustomHeaders", "DontLog",
+                      "ServerBindings", "NoSuchProperty", "", "it's", "AppRoot", "KeyType", "ServerState"});
+    row.nodeClass = oneOf({"", "IIsWebVirtualDir", "IIsWebDirectory", "IIsWebServer", "IIsFtpVirtualDir",
+                           "IIsWebFile", "iiswebdirectory", "nonsense"});
+    row.type = std::stoi(oneOf({"3", "8", "11", "8204", "0", "-1", "9", "2147483647"}));
+    row.columnType = std::stoi(oneOf({"0", "3", "8", "11", "8204"}));
+    row.value = oneOf({"Null", "''", "'x.htm'", "'  '", "-1", "4294967296", "1.5",
+                       "'a' || char(13, 10) || 'b'", "char(13, 10)", "x'00ff'", "'it''s'"});
+    row.localPath = oneOf({"Null", "''", "'ROOT'", "'a'", "'7'", "'a name that is longer than its place'"});
+    row.appPath = oneOf({"Null", "''", "'/ROOT/a'"});
+    row.inProcess = oneOf({"Null", "0", "2", "'True'", "'many'", "99999999999"});
+    row.pool = oneOf({"Null", "''", "'Pool'"});
+    return row;
+  }
+
+ private:
+  std::string oneOf(const std::vector<std::string>& choices) { return choices[random_() % choices.size()]; }
+  std::mt19937 random_;
+};
+
+TEST_P(RowsDrawnByLot, SpoilNeitherTheRunNorTheSitesBesideThem) {
+  std::vector<StoredRow> rows;
+  for (int i = 0; i < 60; ++i) rows.push_back(row());
+  storeSite("Spoilt", rows);
+  storePlainSite("Wiki", "9");
+  openStored(webService(plainSite(90, "Kept")));
+  exportSites({0, 1});
+  EXPECT_EQ(timesLogged("Completed"), 2);
+  EXPECT_EQ(shownOutput().back(), "Done!");
+  EXPECT_TRUE(exists("/W3SVC/91"));
+  EXPECT_EQ(stored("/W3SVC/90", "ServerComment"), "Kept");
+  EXPECT_EQ(stored("/W3SVC/92", "ServerComment"), "Wiki");
+  EXPECT_EQ(stored("/W3SVC/92/ROOT", "Path"), "C:\\Wiki");
+  for (const std::string& line : logBehind("Creating Web Site W3SVC92"))
+    EXPECT_THAT(line, Not(StartsWith("Error"))) << "a fault of the site before";
+}
+
+INSTANTIATE_TEST_SUITE_P(Seeds, RowsDrawnByLot, ::testing::Range(1U, 5U));
 
 TEST_F(SiteRebuildTest, KeepsTheParentsPathWhenANameIsLongerThanItsPlace) {
   StoredRow row = ofVirtualDirectory("/a", "D:\\a");
