@@ -118,6 +118,7 @@ TEST_F(LongWorkTest, TimersTickWhileABoxIsUp) {
   frmMain.syncPermTimer.onTimer = [&] { ++ticks; };
   person.willDo([this, &ticks](QDialog& box) {
     const int before = ticks;
+    Person::leaveUp(box);
     person.once([&ticks, before] { return ticks > before + 3; }, [&box] { Person::press(box, "OK"); });
   });
   platform().dialogs->showMessage({.text = "wait"});

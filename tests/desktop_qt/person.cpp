@@ -29,6 +29,7 @@ using desktop::toQt;
 namespace {
 
 constexpr qint64 kFarTooLong = 20000;
+constexpr const char* kGoesLater = "goes later";
 
 QWidget* findVisible(const QString& name) {
   for (QWidget* top : QApplication::topLevelWidgets()) {
@@ -213,6 +214,10 @@ void Person::sendKey(QDialog& box, Qt::Key key) {
   QTest::keyClick(box.windowHandle(), key);
 }
 
+void Person::leaveUp(QDialog& box) {
+  box.setProperty(kGoesLater, true);
+}
+
 void Person::once(std::function<bool()> holds, std::function<void()> whatToDo) {
   plans_.push_back({std::move(holds), std::move(whatToDo)});
 }
@@ -234,10 +239,11 @@ void Person::act() {
 
 void Person::answer() {
   auto* const box = qobject_cast<QDialog*>(QApplication::activeModalWidget());
-  if (box == nullptr) answered_ = nullptr;
   if (box == nullptr || box == answered_ || isAnswering_ || !box->windowHandle()->isExposed()) return;
   isAnswering_ = true;
   answered_ = box;
+  // The next box may come up in the very place of this one.
+  QObject::connect(box, &QObject::destroyed, &watch_, [this] { answered_ = nullptr; });
   boxes.push_back(textOf(*box));
   if (answers_.empty()) {
     ADD_FAILURE() << "nobody expected this box: " << boxes.back();
@@ -251,7 +257,7 @@ void Person::answer() {
     } catch (const std::exception& failure) {
       ADD_FAILURE() << failure.what();
     }
-    if (box->isVisible() && plans_.empty()) {  // a plan may take it away later
+    if (box->isVisible() && !box->property(kGoesLater).toBool()) {
       ADD_FAILURE() << "the answer did not take this box away: " << boxes.back();
       box->hide();
     }

@@ -62,6 +62,7 @@ class Person {
   static void press(QDialog& box, const std::string& button);
   // Does something as soon as something holds, be it in the middle of what a click does. Nothing that looks.
   void once(std::function<bool()> holds, std::function<void()> whatToDo);
+  static void leaveUp(QDialog& box);  // something else takes it away
   static void sendKey(QDialog& box, Qt::Key key);
   // A click that is only sent.
   static void clickBlindly(const std::string& control);
