@@ -427,6 +427,25 @@ TEST_F(RestoringJob, TakesTheNumbersByTheModeOfTheJob) {
   EXPECT_EQ(commentOf(9), "Wiki");
 }
 
+TEST_F(RestoringJob, RebuildsFtpSitesAndLeavesWebSitesOfTheSameNumberOut) {
+  store("TrelvinData.mdb", "Shop", "'7'");
+  executeOn("TrelvinData.mdb", "INSERT INTO Sites (SiteName, Type) VALUES ('Files', 'Ftp')");
+  executeOn("TrelvinData.mdb",
+            "INSERT INTO Data (SiteNumber, Location, Name, Class, DataType, LocalPath, StringValue) VALUES "
+            "(2, '', 'ServerComment', 'IIsFtpServer', 8, '3', 'Files'), "
+            "(2, '/ROOT', 'Path', 'IIsFtpVirtualDir', 8, 'ROOT', 'D:\\ftp')");
+  addServer("NEW1", metabaseFile(webService(plainSite(3, "Kept")) + ftpService("")));
+  set("Type", "MSFTPSVC");
+  set("BackupAllSites", "True");
+  set("SiteCreationMode", "Overwrite Preserve");
+  runJob();
+  EXPECT_EQ(commentOf(3), "Kept");
+  EXPECT_EQ(commentOf(7), "(no such site)");
+  EXPECT_EQ(getObject("IIS://NEW1/MSFTPSVC/3")->get("ServerComment").toText(), "Files");
+  EXPECT_EQ(getObject("IIS://NEW1/MSFTPSVC/3/ROOT")->get("Path").toText(), "D:\\ftp");
+  EXPECT_THAT(logStartingWith("Error"), IsEmpty());
+}
+
 TEST_F(RestoringJob, AppliesItsPairsAndStartsTheSite) {
   store("TrelvinData.mdb", "Shop", "'7'");
   addPair(0, "shop", "Mall");
