@@ -4,10 +4,17 @@
 # and compares. The samples stay as they are; the copy, the logs and all that the runs tell are left in build/demo.
 #
 #   scripts/demo.sh [job]      runs just that job; a name in samples/jobs that stores sites
+#   scripts/demo.sh --window   opens the window on the copy of the sample servers, for you to try: List Sites with the
+#                              server WEB5 (IIS5) or WEB6 (IIS6), and export to NEW6 (IIS6)
 set -euo pipefail
 cd "$(dirname "${BASH_SOURCE[0]}")/.."
 source scripts/packages.sh
 
+inWindow=false
+if [[ ${1:-} == --window ]]; then
+  inWindow=true
+  shift
+fi
 job=${1:-web5-sites.job}
 # Each moves one site to NEW6.
 readonly kRebuild=rebuild-stored-sites.job
@@ -181,6 +188,11 @@ quietly install installMissing "${kBuildPackages[@]}"
 quietly build buildPreset default trelvin program_folder
 echo "$program/trelvin"
 cp -r samples/servers "$scratch/servers"
+
+if $inWindow; then
+  heading "The window: servers WEB5 (IIS5), WEB6 (IIS6) and NEW6 (IIS6); the log is build/demo/Trelvin.log"
+  cd "$scratch" && TRELVIN_NETWORK=$scratch/servers exec "$program/trelvin"
+fi
 
 demoStore
 if [[ $# -eq 0 ]]; then

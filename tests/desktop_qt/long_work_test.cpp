@@ -67,6 +67,22 @@ TEST_F(LongWorkTest, TheButtonOfARunReadsAbortOnTheScreen) {
   EXPECT_FALSE(readsAbort());
 }
 
+TEST_F(LongWorkTest, ARoutineThatRefreshesItsListShowsAllThatHasChanged) {
+  openProgram();
+  frmMain.cmdPopulate.onClick = [] {
+    frmMain.cmdExportServer.caption = "Abort";
+    frmMain.lstOutput.addItem("A line");
+    frmMain.lstOutput.refresh();
+    EXPECT_TRUE(readsAbort());
+    EXPECT_EQ(shownEntries("lstOutput").size(), 1U);
+    frmMain.cmdExportServer.caption = "Export";
+    frmMain.StatusBar1.panel = "Busy";
+    frmMain.StatusBar1.refresh();
+    EXPECT_FALSE(readsAbort());
+  };
+  person.click("cmdPopulate");
+}
+
 TEST_F(LongWorkTest, AClickOnTheOtherExportButtonStartsARunWithinTheRun) {
   selectManySites();
   person.willPress("OK");

@@ -227,13 +227,13 @@ class TabStripView final : public KindView<TabStrip, TabBar> {
 // A long text is cut off at the progress bar's edge and does not widen the window.
 class StatusBarView final : public KindView<StatusBar, QLabel> {
  public:
-  StatusBarView(StatusBar& control, const Place& place, QWidget& parent, Desk& /*desk*/)
+  StatusBarView(StatusBar& control, const Place& place, QWidget& parent, Desk& desk)
       : KindView(control, place, parent) {
     drawn().setTextFormat(Qt::PlainText);
     drawn().setSizePolicy(QSizePolicy::Ignored, QSizePolicy::Preferred);
     drawn().setIndent(drawn().fontMetrics().averageCharWidth());
-    control.onRefresh = [this] {
-      draw();
+    control.onRefresh = [this, &desk] {
+      desk.redraw();
       drawn().repaint();
     };
   }

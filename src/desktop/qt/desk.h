@@ -2,6 +2,7 @@
 #pragma once
 
 #include <chrono>
+#include <functional>
 
 #include "desktop/qt/touches.h"
 
@@ -27,6 +28,7 @@ class Pace {
 struct Desk {
   Touches touches;
   Pace pace;
+  std::function<void()> redraw;  // brings all windows that are up to the state of their forms
 };
 
 }  // namespace trelvin::desktop

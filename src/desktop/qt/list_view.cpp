@@ -181,7 +181,7 @@ ListBoxView::ListBoxView(ListControl& list, const Place& place, Desk& desk, Box&
   QObject::connect(&box_, &QListView::doubleClicked, &box_, [this] { passDoubleClick(list_, touches_); });
   list_.onRefresh = [this, &desk] {
     if (!desk.pace.isDue()) return;
-    draw();
+    desk.redraw();  // with what has changed before it, such as the button of the run
     box_.viewport()->repaint();
     desk.pace.noteDrawn();
   };

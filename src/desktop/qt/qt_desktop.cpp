@@ -16,6 +16,11 @@ namespace trelvin::desktop {
 
 QtDesktop::QtDesktop(std::vector<Window> windows) {
   for (Window& each : windows) windows_.push_back({std::move(each), nullptr});
+  desk_.redraw = [this] {
+    for (const Shown& each : windows_) {
+      if (each.view) each.view->draw();
+    }
+  };
   hearSockets();
 }
 
