@@ -20,9 +20,8 @@ class Shell {
   Shell& operator=(const Shell&) = delete;
   virtual ~Shell() = default;
 
-  // Copies a tree without asking: overwrites, leaves what only the target has, keeps time stamps. A file has
-  // its name at the target only when it is whole. Items that can't be copied are left out and the rest still
-  // travels. Returns 0, else the system's number; 0x402 for a source that isn't there. Never throws.
+  // Copies a tree without asking whether a file may be overwritten; leaves what only the target has, keeps
+  // time stamps. Returns 0, else the system's number; 0x402 for a source that isn't there. Never throws.
   virtual std::int32_t copy(const FileOperation& operation) = 0;
 
   // The number that the last call left behind, on a system that keeps one apart from the result.

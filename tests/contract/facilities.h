@@ -11,6 +11,7 @@
 #include "platform/metabase.h"
 #include "platform/profile.h"
 #include "platform/registry.h"
+#include "platform/shell.h"
 
 namespace trelvin::test {
 
@@ -23,8 +24,13 @@ std::unique_ptr<Clock> systemClock();
 // changed is in the file once this and all of its nodes are gone. Where objects are counted, its end is a
 // test that none is left over.
 std::unique_ptr<Metabase> systemMetabase(const TempFolder& network);
+std::unique_ptr<Shell> systemShell();
+std::unique_ptr<Opener> systemOpener();
 
 // A native path in the program's own form.
 std::string programForm(const std::filesystem::path& native);
+
+// Writes a program that makes the file "started" in its own folder. Returns its native path.
+std::filesystem::path writeProgram(const TempFolder& folder);
 
 }  // namespace trelvin::test

@@ -23,6 +23,9 @@ using CopyProgress = std::function<void(std::string_view title, std::uint64_t do
 // A clock that never goes back; tests put their own.
 using CopyClock = std::function<std::chrono::steady_clock::time_point()>;
 
+// Items that can't be copied are left out and the rest still travels. A file has its name at the target only
+// when it is whole.
+//
 // Report and progress are called on the thread that copies; what they throw is dropped. Two threads of its
 // own do the work. Memory grows with the names of one folder, not with the tree.
 //

@@ -5,7 +5,9 @@
 #include "platform/linux/metabase/metabase_file.h"
 #include "platform/linux/paths.h"
 #include "platform/linux/profile_files.h"
+#include "platform/linux/program_opener.h"
 #include "platform/linux/registry_file.h"
+#include "platform/linux/tree_copy.h"
 
 namespace trelvin::test {
 
@@ -37,6 +39,21 @@ std::unique_ptr<Metabase> systemMetabase(const TempFolder& network) {
   return makeFileMetabase([paths = Paths(network.path().string())](std::string_view server) {
     return paths.metabaseFileOf(server);
   });
+}
+
+std::unique_ptr<Shell> systemShell() {
+  return makeTreeCopy(toNative(), {}, {});
+}
+
+std::unique_ptr<Opener> systemOpener() {
+  return makeProgramOpener(toNative());
+}
+
+std::filesystem::path writeProgram(const TempFolder& folder) {
+  const std::filesystem::path program =
+      folder.write("Upgrade.exe", "#!/bin/sh\ncd '" + folder.path().string() + "'\necho > started\n");
+  std::filesystem::permissions(program, std::filesystem::perms::owner_all);
+  return program;
 }
 
 std::string programForm(const std::filesystem::path& native) {

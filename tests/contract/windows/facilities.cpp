@@ -4,6 +4,8 @@
 #include "platform/windows/file_system.h"
 #include "platform/windows/locale_clock.h"
 #include "platform/windows/profile_files.h"
+#include "platform/windows/program_opener.h"
+#include "platform/windows/shell_copy.h"
 #include "platform/windows/system_registry.h"
 #include "platform/windows/wide_text.h"
 #include "platform/windows/windows_api.h"
@@ -29,6 +31,18 @@ std::unique_ptr<Clock> systemClock() {
 
 std::unique_ptr<Metabase> systemMetabase(const TempFolder& network) {
   return makeDirectoryService(network.path());
+}
+
+std::unique_ptr<Shell> systemShell() {
+  return makeShellCopy();
+}
+
+std::unique_ptr<Opener> systemOpener() {
+  return makeProgramOpener([] { return std::intptr_t{0}; });
+}
+
+std::filesystem::path writeProgram(const TempFolder& folder) {
+  return folder.write("Upgrade.cmd", "@echo off\r\necho. > \"" + folder.path().string() + "\\started\"\r\n");
 }
 
 std::string programForm(const std::filesystem::path& native) {
