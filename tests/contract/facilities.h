@@ -33,4 +33,9 @@ std::string programForm(const std::filesystem::path& native);
 // Writes a program that makes the file "started" in its own folder. Returns its native path.
 std::filesystem::path writeProgram(const TempFolder& folder);
 
+// Whether the handle of a set of sockets says that there is something to do.
+bool isSignalled(std::intptr_t handle);
+// Whether the system tells a connection that was broken off from one that was closed, when nothing is sent.
+bool tellsResetFromClose();
+
 }  // namespace trelvin::test

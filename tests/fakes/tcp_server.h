@@ -8,7 +8,7 @@
 #include <string>
 #include <string_view>
 
-#include "platform/linux/native_file.h"
+#include "fakes/native_sockets.h"
 #include "platform/socket.h"
 
 namespace trelvin::test {
@@ -21,39 +21,38 @@ inline constexpr std::chrono::milliseconds kStillness(40);
 class TcpPeer {
  public:
   TcpPeer() = default;
-  explicit TcpPeer(Descriptor descriptor) : descriptor_(std::move(descriptor)) {}
+  explicit TcpPeer(NativeSocket socket) : socket_(std::move(socket)) {}
 
-  [[nodiscard]] bool isConnected() const { return descriptor_.get() >= 0; }
+  [[nodiscard]] bool isConnected() const { return socket_.isOpen(); }
   // All that has come so far.
   const std::string& received();
   // Whether the client has closed its end.
   bool isClosedByClient();
   // Sends all of it; throws when the client does not take it within the patience. meanwhile runs between.
   void send(std::string_view bytes, const std::function<void()>& meanwhile = {});
-  void close() { descriptor_ = Descriptor(); }
+  void close() { socket_.close(); }
   // Breaks the connection off.
-  void reset();
+  void reset() { socket_.reset(); }
 
  private:
   void drain();
 
-  Descriptor descriptor_;
+  NativeSocket socket_;
   std::string received_;
   bool isAtEnd_ = false;
 };
 
 class TcpServer {
  public:
-  TcpServer();
   [[nodiscard]] std::int32_t port() const { return port_; }
   // The next connection that waits; one that is not connected when there is none yet.
-  TcpPeer accept();
+  TcpPeer accept() { return TcpPeer(acceptFrom(listener_)); }
   // From now on connections are refused.
-  void stopListening() { listener_ = Descriptor(); }
+  void stopListening() { listener_.close(); }
 
  private:
-  Descriptor listener_;
   std::int32_t port_ = 0;
+  NativeSocket listener_ = listenOnLoopback(port_);
 };
 
 // Runs events until it holds; false when it doesn't within the patience.

@@ -17,7 +17,7 @@
 #include "platform/linux/program_opener.h"
 #include "platform/linux/program_process.h"
 #include "platform/linux/registry_file.h"
-#include "platform/linux/tcp_sockets.h"
+#include "platform/shared/tcp_sockets.h"
 #include "platform/linux/tree_copy.h"
 #include "platform/platform.h"
 #include "platform/shared/odbc/odbc_databases.h"

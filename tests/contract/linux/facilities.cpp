@@ -1,5 +1,7 @@
 #include "contract/facilities.h"
 
+#include <poll.h>
+
 #include "platform/linux/file_system.h"
 #include "platform/linux/locale_clock.h"
 #include "platform/linux/metabase/metabase_file.h"
@@ -58,6 +60,15 @@ std::filesystem::path writeProgram(const TempFolder& folder) {
 
 std::string programForm(const std::filesystem::path& native) {
   return windowsPath(native.string());
+}
+
+bool isSignalled(std::intptr_t handle) {
+  pollfd asked{.fd = static_cast<int>(handle), .events = POLLIN, .revents = 0};
+  return ::poll(&asked, 1, 0) == 1;
+}
+
+bool tellsResetFromClose() {
+  return true;
 }
 
 }  // namespace trelvin::test

@@ -49,4 +49,13 @@ std::string programForm(const std::filesystem::path& native) {
   return utf8Text(native.wstring());
 }
 
+bool isSignalled(std::intptr_t handle) {
+  return ::WaitForSingleObject(reinterpret_cast<HANDLE>(handle), 0) == WAIT_OBJECT_0;
+}
+
+// Windows does; Wine loses the cause on its way.
+bool tellsResetFromClose() {
+  return ::GetProcAddress(::GetModuleHandleW(L"ntdll.dll"), "wine_get_version") == nullptr;
+}
+
 }  // namespace trelvin::test

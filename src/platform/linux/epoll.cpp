@@ -1,4 +1,4 @@
-#include "platform/linux/readiness.h"
+#include "platform/linux/epoll.h"
 
 #include <sys/epoll.h>
 
@@ -21,11 +21,11 @@ void check(int result) {
 
 }  // namespace
 
-Readiness::Readiness() : epoll_(::epoll_create1(EPOLL_CLOEXEC)) {
+Epoll::Epoll() : epoll_(::epoll_create1(EPOLL_CLOEXEC)) {
   check(epoll_.get());
 }
 
-bool Readiness::dispatch(std::chrono::milliseconds longest) {
+bool Epoll::dispatch(std::chrono::milliseconds longest) {
   std::array<epoll_event, kMostAtOnce> ready{};
   const int count = ::epoll_wait(epoll_.get(), ready.data(), kMostAtOnce, static_cast<int>(longest.count()));
   bool anyCalled = false;
@@ -41,21 +41,21 @@ bool Readiness::dispatch(std::chrono::milliseconds longest) {
   return anyCalled;
 }
 
-Watch::Watch(std::shared_ptr<Readiness> readiness, int descriptor, std::uint32_t wanted, Readiness::Hear hear)
-    : readiness_(std::move(readiness)), descriptor_(descriptor), id_(++readiness_->lastId_) {
+EpollWatch::EpollWatch(std::shared_ptr<Epoll> epoll, int descriptor, std::uint32_t wanted, Epoll::Hear hear)
+    : epoll_(std::move(epoll)), descriptor_(descriptor), id_(++epoll_->lastId_) {
   epoll_event event{.events = wanted, .data = {.u64 = id_}};
-  check(::epoll_ctl(readiness_->epoll_.get(), EPOLL_CTL_ADD, descriptor_, &event));
-  readiness_->hearers_.emplace(id_, std::move(hear));
+  check(::epoll_ctl(epoll_->epoll_.get(), EPOLL_CTL_ADD, descriptor_, &event));
+  epoll_->hearers_.emplace(id_, std::move(hear));
 }
 
-Watch::~Watch() {
-  readiness_->hearers_.erase(id_);
-  ::epoll_ctl(readiness_->epoll_.get(), EPOLL_CTL_DEL, descriptor_, nullptr);
+EpollWatch::~EpollWatch() {
+  epoll_->hearers_.erase(id_);
+  ::epoll_ctl(epoll_->epoll_.get(), EPOLL_CTL_DEL, descriptor_, nullptr);
 }
 
-void Watch::want(std::uint32_t wanted) {
+void EpollWatch::want(std::uint32_t wanted) {
   epoll_event event{.events = wanted, .data = {.u64 = id_}};
-  check(::epoll_ctl(readiness_->epoll_.get(), EPOLL_CTL_MOD, descriptor_, &event));
+  check(::epoll_ctl(epoll_->epoll_.get(), EPOLL_CTL_MOD, descriptor_, &event));
 }
 
 }  // namespace trelvin

@@ -2,8 +2,6 @@
 // nothing.
 #pragma once
 
-#include <sys/socket.h>
-
 #include <cstdint>
 #include <functional>
 #include <memory>
@@ -12,11 +10,12 @@
 
 namespace trelvin {
 
-struct HostAddress {
-  sockaddr_storage storage{};
-  socklen_t length = 0;
+class Streams;
+class Wakeup;
 
-  void setPort(std::uint16_t port);
+// An address of a host, with or without a port.
+struct HostAddress {
+  std::string bytes;  // in the system's own form
 };
 
 struct HostAnswer {
@@ -29,22 +28,27 @@ using HostLookup = std::function<HostAnswer(const std::string& host)>;
 
 // The system's own way: hosts file, name servers.
 HostAnswer lookUpHost(const std::string& host);
+// Of an address in numbers; anything else isn't found. Asks nobody.
+HostAnswer addressInNumbers(const std::string& host);
+HostAddress withPort(const HostAddress& address, std::uint16_t port);
 
 // A lookup under way on a thread of its own; an address in numbers needs none and has its answer at once.
 // Who no longer wants the answer drops the object, and the thread ends unheard when its lookup does.
 class PendingLookup {
  public:
-  // Fails with 10055 when the system has no room for it.
-  PendingLookup(const std::string& host, const HostLookup& lookUp);
+  // heard is called by the streams' dispatch when the answer is there. Fails with 10055 when the system has
+  // no room for it.
+  PendingLookup(const std::string& host, const HostLookup& lookUp, Streams& streams,
+                std::function<void()> heard);
+  ~PendingLookup();
 
-  // Ready to be read when the answer is there.
-  [[nodiscard]] int descriptor() const;
-  // Only to be called when the descriptor was ready, and once.
+  // Only to be called when it was heard of, and once.
   HostAnswer answer();
 
  private:
   struct Shared;
   std::shared_ptr<Shared> shared_;
+  std::unique_ptr<Wakeup> wakeup_;
 };
 
 }  // namespace trelvin

@@ -11,13 +11,13 @@
 
 namespace trelvin {
 
-class Readiness {
+class Epoll {
  public:
   // What the descriptor is ready for, in the bits of epoll.
   using Hear = std::function<void(std::uint32_t ready)>;
 
   // Fails with 10055 when the system has no room for it.
-  Readiness();
+  Epoll();
 
   // Calls whoever waits for what is ready, each once; waits so long at the most when nothing is. Returns
   // whether anybody was called. Whoever is called may end any watch and begin others.
@@ -26,24 +26,24 @@ class Readiness {
   [[nodiscard]] int descriptor() const { return epoll_.get(); }
 
  private:
-  friend class Watch;
+  friend class EpollWatch;
   Descriptor epoll_;
   std::uint64_t lastId_ = 0;
   std::map<std::uint64_t, Hear> hearers_;
 };
 
 // Waits for one descriptor, which must stay open as long as this lives.
-class Watch {
+class EpollWatch {
  public:
-  Watch(std::shared_ptr<Readiness> readiness, int descriptor, std::uint32_t wanted, Readiness::Hear hear);
-  Watch(const Watch&) = delete;
-  Watch& operator=(const Watch&) = delete;
-  ~Watch();
+  EpollWatch(std::shared_ptr<Epoll> epoll, int descriptor, std::uint32_t wanted, Epoll::Hear hear);
+  EpollWatch(const EpollWatch&) = delete;
+  EpollWatch& operator=(const EpollWatch&) = delete;
+  ~EpollWatch();
 
   void want(std::uint32_t wanted);
 
  private:
-  std::shared_ptr<Readiness> readiness_;
+  std::shared_ptr<Epoll> epoll_;
   int descriptor_;
   std::uint64_t id_;
 };
