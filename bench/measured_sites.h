@@ -14,7 +14,7 @@
 #include <vector>
 
 #include "core/err.h"
-#include "platform/linux/linux_platform.h"
+#include "platform/system_platform.h"
 
 namespace trelvin {
 
@@ -107,7 +107,7 @@ inline void print(const char* what, const Spent& spent) {
 // given ones.
 template <typename MeasureAll>
 int measureSizes(int argc, char** argv, std::vector<int> sizes, MeasureAll&& measureAll) {
-  useLinuxPlatform(argc, argv, [](std::string_view line) { std::cerr << line << '\n'; });
+  useSystemPlatform(argc, argv, [](std::string_view line) { std::cerr << line << '\n'; });
   if (argc > 1) sizes.clear();
   for (int i = 1; i < argc; ++i) sizes.push_back(std::atoi(argv[i]));
   try {

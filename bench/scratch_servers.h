@@ -12,10 +12,10 @@
 #include "core/run_state.h"
 #include "measured_sites.h"
 #include "platform/linux/access_driver.h"
-#include "platform/linux/console.h"
 #include "platform/linux/file_system.h"
 #include "platform/linux/metabase/metabase_file.h"
 #include "platform/platform.h"
+#include "platform/shared/console.h"
 #include "platform/shared/odbc/odbc_databases.h"
 #include "window/frm_main.h"
 

@@ -15,8 +15,8 @@
 #include <vector>
 
 #include "metabase/mapping_display.h"
-#include "platform/linux/linux_platform.h"
 #include "platform/platform.h"
+#include "platform/system_platform.h"
 #include "scratch_servers.h"
 #include "window/frm_main.h"
 
@@ -186,7 +186,7 @@ BENCHMARK(addBinding)->Unit(benchmark::kMillisecond)->Iterations(kFewTouches);
 
 int main(int argc, char** argv) {
   benchmark::Initialize(&argc, argv);
-  trelvin::useLinuxPlatform(argc, argv, [](std::string_view line) { std::cerr << line << '\n'; });
+  trelvin::useSystemPlatform(argc, argv, [](std::string_view line) { std::cerr << line << '\n'; });
   const trelvin::Desk desk;
   benchmark::RunSpecifiedBenchmarks();
 }

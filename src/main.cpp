@@ -1,6 +1,4 @@
 // Picks the platform set, then runs the job that is asked for, without a window, or opens the window.
-#include <clocale>
-#include <cstdio>
 #include <iostream>
 
 #include "core/err.h"
@@ -8,10 +6,9 @@
 #include "core/reporting.h"
 #include "core/run_state.h"
 #include "core/start_up.h"
-#include "desktop/qt/run_desktop.h"
-#include "platform/linux/linux_platform.h"
-#include "platform/linux/paths.h"
+#include "desktop/run_desktop.h"
 #include "platform/platform.h"
+#include "platform/system_platform.h"
 #include "window/frm_main.h"
 
 namespace {
@@ -42,19 +39,14 @@ int runWindow(char** argv) {
     std::cerr << "trelvin: there is no display to open a window on, and no job was asked for (-RUNBACKUP)\n";
     return kFailed;
   }
-  const Paths paths = Paths::ofProgram(executableFolder());
-  return desktop::runDesktop(argv, {.toNative = [&](std::string_view path) { return paths.nativePath(path); },
-                                    .fromNative = windowsPath});
+  return desktop::runDesktop(argv);
 }
 
 }  // namespace
 
 int main(int argc, char** argv) {
-  // Dates and messages in the user's language; numbers stay as the program and its databases write them.
-  std::setlocale(LC_CTYPE, "");
-  std::setlocale(LC_TIME, "");
-  std::setlocale(LC_MESSAGES, "");
-  useLinuxPlatform(argc, argv, [](std::string_view line) { attempt([&] { writeLog(line); }); });
+  useLanguageOfUser();
+  useSystemPlatform(argc, argv, [](std::string_view line) { attempt([&] { writeLog(line); }); });
   try {
     return asksForJob(platform().application->commandLine()) ? runJob() : runWindow(argv);
   } catch (const Failure& failure) {

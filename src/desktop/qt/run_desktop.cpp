@@ -1,14 +1,15 @@
-#include "desktop/qt/run_desktop.h"
+#include "desktop/run_desktop.h"
 
 #include <QApplication>
 #include <clocale>
 #include <cstdlib>
 #include <iostream>
-#include <utility>
 
 #include "core/err.h"
 #include "core/main_window.h"
 #include "core/start_up.h"
+#include "desktop/qt/qt_dialogs.h"
+#include "platform/linux/paths.h"
 #include "platform/platform.h"
 
 namespace trelvin::desktop {
@@ -28,13 +29,19 @@ void leaveOnFatalMessage(QtMsgType type, const QMessageLogContext& /*context*/, 
   std::_Exit(EXIT_FAILURE);
 }
 
+PathForms pathForms() {
+  return {.toNative = [paths = Paths::ofProgram(executableFolder())](
+                          std::string_view path) { return paths.nativePath(path); },
+          .fromNative = windowsPath};
+}
+
 }  // namespace
 
 bool hasDisplay() {
   return isSet("DISPLAY") || isSet("WAYLAND_DISPLAY") || isSet("QT_QPA_PLATFORM");
 }
 
-int runDesktop(char** argv, PathForms paths) {
+int runDesktop(char** argv) {
   qInstallMessageHandler(leaveOnFatalMessage);
   int onlyItsName = 1;  // the switches are the program's own
   const QApplication application(onlyItsName, argv);
@@ -46,7 +53,7 @@ int runDesktop(char** argv, PathForms paths) {
   QApplication::setQuitOnLastWindowClosed(false);  // the loop ends with the last form
 
   QtDesktop desktop(windows());
-  platform().dialogs = makeQtDialogs(desktop, std::move(paths));
+  platform().dialogs = makeQtDialogs(desktop, pathForms());
   platform().events = makeQtEvents(desktop);
   try {
     loadWelcomeForm();

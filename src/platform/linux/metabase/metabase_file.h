@@ -36,4 +36,8 @@ using LocateMetabase = std::function<std::optional<std::string>(std::string_view
 // another program's change, it is just seen a moment later.
 std::unique_ptr<Metabase> makeFileMetabase(LocateMetabase locate, std::chrono::microseconds patience = {});
 
+// The program's own patience. A run binds three nodes for each value; a look at the disk for each would be a
+// third of its time.
+inline constexpr std::chrono::microseconds kMetabasePatience{1000};
+
 }  // namespace trelvin

@@ -1,7 +1,5 @@
-// The program with its windows.
+// The program with its windows, drawn by the view of the system that it is built for.
 #pragma once
-
-#include "desktop/qt/qt_dialogs.h"
 
 namespace trelvin::desktop {
 
@@ -11,6 +9,6 @@ bool hasDisplay();
 // Puts dialogs and events with a screen over those of the platform, opens what the command line asks for, and
 // stays until the last window is closed. Returns the process's status. A screen that can't be reached ends
 // the process with status 1 and a line on standard error.
-int runDesktop(char** argv, PathForms paths);
+int runDesktop(char** argv);
 
 }  // namespace trelvin::desktop

@@ -1,4 +1,4 @@
-#include "platform/linux/linux_platform.h"
+#include "platform/system_platform.h"
 
 #include <gtest/gtest.h>
 
@@ -13,12 +13,12 @@
 namespace trelvin {
 namespace {
 
-class LinuxPlatformTest : public testing::Test {
+class SystemPlatformTest : public testing::Test {
  protected:
   void SetUp() override {
     ::setenv("TRELVIN_NETWORK", network_.path().c_str(), 1);
     std::array<char*, 3> arguments{program_.data(), argument_.data(), nullptr};
-    useLinuxPlatform(2, arguments.data(), [](std::string_view) {});
+    useSystemPlatform(2, arguments.data(), [](std::string_view) {});
   }
   void TearDown() override {
     platform() = Platform();
@@ -30,28 +30,13 @@ class LinuxPlatformTest : public testing::Test {
   std::string argument_ = "-D";
 };
 
-TEST_F(LinuxPlatformTest, EveryFacilityIsThere) {
-  EXPECT_TRUE(platform().application);
-  EXPECT_TRUE(platform().clock);
-  EXPECT_TRUE(platform().databases);
-  EXPECT_TRUE(platform().dialogs);
-  EXPECT_TRUE(platform().events);
-  EXPECT_TRUE(platform().files);
-  EXPECT_TRUE(platform().metabase);
-  EXPECT_TRUE(platform().opener);
-  EXPECT_TRUE(platform().profile);
-  EXPECT_TRUE(platform().registry);
-  EXPECT_TRUE(platform().shell);
-  EXPECT_TRUE(platform().sockets);
-}
-
-TEST_F(LinuxPlatformTest, TheProgramFolderIsTheExecutables) {
+TEST_F(SystemPlatformTest, TheProgramFolderIsTheExecutables) {
   EXPECT_EQ(platform().application->path(), windowsPath(executableFolder()));
   EXPECT_EQ(platform().application->commandLine(), "-D");
   EXPECT_TRUE(platform().files->fileExists(platform().application->path() + "\\platform_tests"));
 }
 
-TEST_F(LinuxPlatformTest, SharesLieInTheNetworkFolderForFilesAndJobs) {
+TEST_F(SystemPlatformTest, SharesLieInTheNetworkFolderForFilesAndJobs) {
   network_.write("web1/C$/jobs/Backup.job", "[Job Details]\r\nSites=2\r\n");
   EXPECT_TRUE(platform().files->fileExists("\\\\WEB1\\c$\\Jobs\\backup.job"));
   std::string buffer(10, ' ');
@@ -61,7 +46,7 @@ TEST_F(LinuxPlatformTest, SharesLieInTheNetworkFolderForFilesAndJobs) {
   EXPECT_EQ(buffer.substr(0, 1), "2");
 }
 
-TEST_F(LinuxPlatformTest, AServerWithoutAMetabaseFileCannotBeReached) {
+TEST_F(SystemPlatformTest, AServerWithoutAMetabaseFileCannotBeReached) {
   network_.makeFolder("web1/C$");
   std::int32_t number = 0;
   try {
@@ -72,7 +57,7 @@ TEST_F(LinuxPlatformTest, AServerWithoutAMetabaseFileCannotBeReached) {
   EXPECT_EQ(number, error_number::kServerUnavailable);
 }
 
-TEST_F(LinuxPlatformTest, ADatabaseIsNamedByItsPathInTheProgramsForm) {
+TEST_F(SystemPlatformTest, ADatabaseIsNamedByItsPathInTheProgramsForm) {
   const std::unique_ptr<Connection> connection = platform().databases->createConnection();
   const std::string file = windowsPath((network_ / "missing.mdb").string());
   std::string description;

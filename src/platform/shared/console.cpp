@@ -1,4 +1,4 @@
-#include "platform/linux/console.h"
+#include "platform/shared/console.h"
 
 #include <ostream>
 

@@ -1,5 +1,6 @@
-#include "platform/linux/linux_platform.h"
+#include "platform/system_platform.h"
 
+#include <clocale>
 #include <csignal>
 #include <iostream>
 #include <memory>
@@ -8,7 +9,6 @@
 
 #include "platform/linux/access_driver.h"
 #include "platform/linux/access_lists.h"
-#include "platform/linux/console.h"
 #include "platform/linux/file_system.h"
 #include "platform/linux/locale_clock.h"
 #include "platform/linux/metabase/metabase_file.h"
@@ -17,14 +17,15 @@
 #include "platform/linux/program_opener.h"
 #include "platform/linux/program_process.h"
 #include "platform/linux/registry_file.h"
-#include "platform/shared/tcp_sockets.h"
 #include "platform/linux/tree_copy.h"
 #include "platform/platform.h"
+#include "platform/shared/console.h"
 #include "platform/shared/odbc/odbc_databases.h"
+#include "platform/shared/tcp_sockets.h"
 
 namespace trelvin {
 
-void useLinuxPlatform(int argc, char** argv, const Log& log) {
+void useSystemPlatform(int argc, char** argv, const Log& log) {
   // Whoever read the output may go away; the run must not go with him.
   std::signal(SIGPIPE, SIG_IGN);
   const std::string folder = executableFolder();
@@ -52,6 +53,12 @@ void useLinuxPlatform(int argc, char** argv, const Log& log) {
       });
   set.createNtfsControl = [toNative] { return makeAccessLists(toNative); };
   set.registry = makeRegistryFile(folder + "/Registry.reg");
+}
+
+void useLanguageOfUser() {
+  std::setlocale(LC_CTYPE, "");
+  std::setlocale(LC_TIME, "");
+  std::setlocale(LC_MESSAGES, "");
 }
 
 }  // namespace trelvin
