@@ -100,11 +100,8 @@ class ButtonView final : public KindView<Button, QPushButton> {
   ButtonView(Button& control, const Place& place, QWidget& parent, Desk& desk)
       : KindView(control, place, parent) {
     drawn().setAutoDefault(true);  // the Return key presses a button that has the focus
-    QObject::connect(&drawn(), &QPushButton::clicked, &drawn(), [&control, &desk] {
-      desk.touches.post(control, [&control] {
-        if (control.onClick) control.onClick();
-      });
-    });
+    QObject::connect(&drawn(), &QPushButton::clicked, &drawn(),
+                     [&control, &desk] { postClick(desk.touches, control); });
   }
   void draw() override {
     WidgetView::draw();
@@ -192,9 +189,7 @@ class TabStripView final : public KindView<TabStrip, TabBar> {
     drawn().setDrawBase(true);
     QObject::connect(&drawn(), &QTabBar::currentChanged, &drawn(), [this, &desk](int index) {
       if (isDrawing_ || index < 0) return;
-      desk.touches.post(KindView::control(), [&strip = KindView::control(), index] {
-        if (index < strip.tabCount()) strip.select(index + 1);
-      });
+      postTab(desk.touches, KindView::control(), index);
     });
   }
   void draw() override {
@@ -271,11 +266,8 @@ class MenuView final : public ControlView {
  public:
   MenuView(MenuEntry& entry, QAction& action, Desk& desk) : entry_(entry), action_(action) {
     action_.setObjectName(toQt(entry.name));
-    QObject::connect(&action_, &QAction::triggered, &action_, [&entry, &desk] {
-      desk.touches.post(entry, [&entry] {
-        if (entry.onClick) entry.onClick();
-      });
-    });
+    QObject::connect(&action_, &QAction::triggered, &action_,
+                     [&entry, &desk] { postClick(desk.touches, entry); });
   }
   void draw() override {
     action_.setText(toQt(entry_.caption));
@@ -291,15 +283,8 @@ class MenuView final : public ControlView {
 class TimerView final : public ControlView {
  public:
   TimerView(Timer& timer, QWidget& parent, Desk& desk) : timer_(timer), ticker_(new QTimer(&parent)) {
-    // Ticks that could not be carried out in time are one tick.
-    const auto isDue = std::make_shared<bool>(false);
-    QObject::connect(ticker_, &QTimer::timeout, ticker_, [&timer, &desk, isDue] {
-      if (std::exchange(*isDue, true)) return;
-      desk.touches.postAlways([&timer, isDue] {
-        *isDue = false;
-        if (timer.enabled && timer.onTimer) timer.onTimer();
-      });
-    });
+    QObject::connect(ticker_, &QTimer::timeout, ticker_,
+                     [ticks = Ticks(timer, desk.touches)]() mutable { ticks.post(); });
   }
   void draw() override {
     if (!timer_.enabled) {

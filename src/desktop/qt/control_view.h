@@ -7,8 +7,8 @@
 #include <optional>
 #include <string>
 
+#include "desktop/desk.h"
 #include "desktop/layout.h"
-#include "desktop/qt/desk.h"
 #include "window/controls.h"
 
 namespace trelvin::desktop {

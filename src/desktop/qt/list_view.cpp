@@ -38,19 +38,12 @@ std::int32_t codeOfCharacter(const QKeyEvent& event) {
 
 // Notes keys for the list's routines. What the key does to the list itself is Qt's affair.
 void passKeyPress(ListControl& list, const QKeyEvent& event, Touches& touches) {
-  const std::int32_t code = codeOfCharacter(event);
-  if (code != 0 && list.onKeyPress) touches.post(list, [&list, code] { list.onKeyPress(code); });
+  postKeyPress(touches, list, codeOfCharacter(event));
 }
 
 // A key that is held down sends releases too, but it comes up only once.
 void passKeyUp(ListControl& list, const QKeyEvent& event, Touches& touches) {
-  const std::int32_t code = codeOfKey(event);
-  if (event.isAutoRepeat() || code == 0 || !list.onKeyUp) return;
-  touches.post(list, [&list, code] { list.onKeyUp(code); });
-}
-
-void passDoubleClick(ListControl& list, Touches& touches) {
-  if (list.onDblClick) touches.post(list, [&list] { list.onDblClick(); });
+  if (!event.isAutoRepeat()) postKeyUp(touches, list, codeOfKey(event));
 }
 
 // Some styles draw the outline of a mark in a shade of the window's colour, which dark colours swallow.
@@ -138,7 +131,7 @@ class ListBoxView::Box : public QListView {
     passKeyPress(list_, *event, touches_);
     const bool isReturn = event->key() == Qt::Key_Return || event->key() == Qt::Key_Enter;
     if (isReturn && list_.onDblClick) {
-      passDoubleClick(list_, touches_);
+      postDoubleClick(touches_, list_);
       return;
     }
     QListView::keyPressEvent(event);
@@ -178,7 +171,7 @@ ListBoxView::ListBoxView(ListControl& list, const Place& place, Desk& desk, Box&
                                            : QAbstractItemView::ExtendedSelection);
   QObject::connect(box_.selectionModel(), &QItemSelectionModel::selectionChanged, &box_,
                    [this] { passChoiceOn(); });
-  QObject::connect(&box_, &QListView::doubleClicked, &box_, [this] { passDoubleClick(list_, touches_); });
+  QObject::connect(&box_, &QListView::doubleClicked, &box_, [this] { postDoubleClick(touches_, list_); });
   list_.onRefresh = [this, &desk] {
     if (!desk.pace.isDue()) return;
     desk.redraw();  // with what has changed before it, such as the button of the run
@@ -196,12 +189,7 @@ void ListBoxView::passChoiceOn() {
   if (isDrawing_) return;
   std::vector<std::int32_t> chosen;
   for (const QModelIndex& index : box_.selectionModel()->selectedRows()) chosen.push_back(index.row());
-  const std::int32_t inHand = box_.currentIndex().row();
-  const std::uint64_t rewrites = list_.rewrites();
-  touches_.post(list_, [&list = list_, chosen = std::move(chosen), inHand, rewrites] {
-    // Entries that are others by now are not those that the person saw.
-    if (rewrites == list.rewrites()) list.choose(chosen, inHand);
-  });
+  postChoice(touches_, list_, std::move(chosen), box_.currentIndex().row());
 }
 
 void ListBoxView::draw() {

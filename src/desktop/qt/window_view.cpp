@@ -263,10 +263,7 @@ void WindowView::keyPressEvent(QKeyEvent* event) {
 }
 
 void WindowView::press(const std::string& button) {
-  Button& pressed = controlOf<Button>(button);
-  desk_.touches.post(pressed, [&pressed] {
-    if (pressed.onClick) pressed.onClick();
-  });
+  postClick(desk_.touches, controlOf<Button>(button));
 }
 
 }  // namespace trelvin::desktop

@@ -7,7 +7,7 @@
 #include <string>
 #include <vector>
 
-#include "desktop/layout.h"
+#include "desktop/desktop.h"
 #include "desktop/qt/control_view.h"
 
 class QBoxLayout;
@@ -16,14 +16,13 @@ class QLayout;
 
 namespace trelvin::desktop {
 
-class WindowView : public QMainWindow {
+class WindowView : public QMainWindow, public DrawnWindow {
  public:
   // A person's wish to take the window away is passed on as a touch; the window itself stays.
   WindowView(const Window& window, Desk& desk, std::function<void()> onClose);
   ~WindowView() override;
 
-  // Brings over what has changed in the form since the last call.
-  void draw();
+  void draw() override;
 
  protected:
   void changeEvent(QEvent* event) override;

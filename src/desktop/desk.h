@@ -4,7 +4,7 @@
 #include <chrono>
 #include <functional>
 
-#include "desktop/qt/touches.h"
+#include "desktop/touches.h"
 
 namespace trelvin::desktop {
 
