@@ -28,13 +28,12 @@ class Paths {
   // The network folder that TRELVIN_NETWORK names, else Network in the program folder.
   static Paths ofProgram(const std::string& programFolder);
 
-  // Z:\x, and \x without a drive, is /x; \\server\share\x lies below the network folder; any other drive D:\x
-  // is
-  // \\Localhost\D$\x; every other name lies in the current directory and stays relative. A slash counts as a
-  // backslash. A component that isn't there as written stands for one that differs in case only; where there
-  // is none either, it stays as written. "." and ".." are taken out first, and ".." never leaves a share or
-  // the root. Symbolic links and mounts below a share are followed: they are the administrator's own. Fails
-  // with 52 for the empty path, one that holds a NUL, and a server or share that is no name.
+  // Z:\x, and \x without a drive, is /x; \\server\share\x lies below the network folder; any other drive
+  // D:\x is \\Localhost\D$\x; every other name lies in the current directory and stays relative. A slash
+  // counts as a backslash. A component that isn't there as written stands for one that differs in case only;
+  // where there is none either, it stays as written. "." and ".." are taken out first, and ".." never leaves
+  // a share or the root. Symbolic links and mounts below a share are followed: they are the administrator's
+  // own. Fails with 52 for the empty path, one that holds a NUL, and a server or share that is no name.
   [[nodiscard]] std::string nativePath(std::string_view windowsPath) const;
 
   // The native path of the metabase file of a server: MetaBase.xml in system32\inetsrv of C$\WINDOWS, else of

@@ -19,13 +19,13 @@ using LocateMetabase = std::function<std::optional<std::string>(std::string_view
 
 // Besides the failures that platform/metabase.h names:
 //   0x800CC819  the description names file, line, column and cause of a broken file; also for a file that
-//   another
-//               program changed while changes wait in the journal beside it
+//               another program changed while changes wait in the journal
+//               beside it
 //   0x80070005  setInfo and the other changing calls, when the file or its folder is read-only
 //   0x80070070  the disk is full; nothing was changed
 //   0x80070094  another program is changing the same metabase
-//   0x800CC81D  put of a secret: it can't be encrypted without the server's own key, and is never written
-//   clear
+//   0x800CC81D  put of a secret: it can't be encrypted without the server's own key, and is never
+//               written clear
 //
 // What setInfo commits is appended to MetaBase.xml.journal and gets into the file when the provider is
 // destroyed, or when the journal has grown as long as the file. A metabase that is only read is never
