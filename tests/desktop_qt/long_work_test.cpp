@@ -228,6 +228,18 @@ TEST_F(LongWorkTest, AListingThatYieldsForEverySiteShowsThemAll) {
   EXPECT_EQ(shownEntries("lstSites").size(), 3000U);
 }
 
+TEST_F(LongWorkTest, AListingSaysThatItIsAtWorkBeforeTheServerAnswers) {
+  openProgram();
+  std::string shown;
+  metabase->rule = [&shown](const MetabaseCall&) -> std::optional<std::int32_t> {
+    if (shown.empty()) shown = Person::see("StatusBar1").property("text").toString().toStdString();
+    return std::nullopt;
+  };
+  listWeb1();
+  EXPECT_THAT(shown, StartsWith("Getting list of"));
+  metabase->rule = nullptr;
+}
+
 TEST_F(LongWorkTest, AContentCopyShowsHowFarItHasGotUntilTheNextYield) {
   openProgram();
   platform().events->showProgress("Copying files...", 3, 12);

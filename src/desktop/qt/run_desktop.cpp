@@ -1,6 +1,8 @@
 #include "desktop/run_desktop.h"
 
 #include <QApplication>
+#include <QIcon>
+#include <QStyle>
 #include <clocale>
 #include <cstdlib>
 #include <iostream>
@@ -51,6 +53,8 @@ int runDesktop(char** argv) {
   QApplication::setApplicationName("trelvin");
   QApplication::setApplicationDisplayName("Trelvin");
   QApplication::setQuitOnLastWindowClosed(false);  // the loop ends with the last form
+  QApplication::setWindowIcon(
+      QIcon::fromTheme("network-server", QApplication::style()->standardIcon(QStyle::SP_DriveNetIcon)));
 
   QtDesktop desktop(windows());
   platform().dialogs = makeQtDialogs(desktop, pathForms());
