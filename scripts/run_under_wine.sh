@@ -1,10 +1,12 @@
 #!/usr/bin/env bash
 # Runs a Windows program under Wine and passes its status on. Its output goes through a file, since Wine's services
 # would keep a pipe open. With TRELVIN_DIRECTORY_HOST in the environment that program is the host of the tests'
-# directory provider: it runs beside the Windows program, which finds its port in TRELVIN_DIRECTORY_PORT.
+# directory provider: it runs beside the Windows program, which finds its port in TRELVIN_DIRECTORY_PORT. Only a program
+# that is meant to gets the screen (scripts/on_wine_desktop.sh).
 #
 #   scripts/run_under_wine.sh program.exe [argument ...]
 set -euo pipefail
+[[ -n ${TRELVIN_WINE_SCREEN:-} ]] || unset DISPLAY
 output=$(mktemp)
 trap 'rm -f "$output"' EXIT
 if [[ -n ${TRELVIN_DIRECTORY_HOST:-} ]]; then
@@ -14,6 +16,6 @@ if [[ -n ${TRELVIN_DIRECTORY_HOST:-} ]]; then
   export TRELVIN_DIRECTORY_PORT
 fi
 status=0
-env -u DISPLAY WINEDEBUG=-all /usr/lib/wine/wine64 "$@" </dev/null >"$output" 2>&1 || status=$?
+env WINEDEBUG=-all /usr/lib/wine/wine64 "$@" </dev/null >"$output" 2>&1 || status=$?
 cat "$output"
 exit "$status"
