@@ -5,6 +5,7 @@
 #   scripts/on_wine_desktop.sh program.exe [argument ...]
 set -euo pipefail
 folder=$(cd "$(dirname "${BASH_SOURCE[0]}")" && pwd)
+# shellcheck source=scripts/wine.sh
 source "$folder/wine.sh"
 
 # $1: key below Wine's own, $2: name of the value, $3: the value.

@@ -24,6 +24,7 @@ readonly kWindowsPackages=(
   g++-mingw-w64-x86-64-posix  # the tests are 64-bit: Wine brings no 32-bit part here
   googletest                  # its sources, to be built for Windows
   wine wine64
+  fonts-wine                  # the signs of the buttons in a caption
 )
 # To check the layout of the sources as well.
 # shellcheck disable=SC2034

@@ -14,6 +14,8 @@ prepareWine() {
   if [[ ! -f $WINEPREFIX/system.reg ]]; then
     env -u DISPLAY "$kWine" wineboot -i </dev/null >/dev/null 2>&1
     wineserver -w
+    # Else the buttons of a window's caption show letters.
+    cp /usr/share/wine/fonts/*.ttf "$WINEPREFIX/drive_c/windows/Fonts/"
   fi
   # It says no when it runs already, as after an earlier run.
   wineserver -p </dev/null >/dev/null 2>&1 || true
