@@ -8,7 +8,7 @@ set(schema_source ${CMAKE_BINARY_DIR}/generated/schema_data.cpp)
 string(REPLACE ";" " " schema_inputs "${schema_tables}")
 add_custom_command(
   OUTPUT ${schema_source}
-  COMMAND ${CMAKE_COMMAND} "-DINPUTS=${schema_inputs}" -DOUTPUT=${schema_source}
+  COMMAND ${CMAKE_COMMAND} "-DINPUTS=${schema_inputs}" -DHEADER=schema_data.h -DOUTPUT=${schema_source}
           -P ${CMAKE_CURRENT_LIST_DIR}/EmbedText.cmake
   DEPENDS ${schema_tables} ${CMAKE_CURRENT_LIST_DIR}/EmbedText.cmake
   VERBATIM)

@@ -1,6 +1,6 @@
 # Run as a script: writes OUTPUT, a C++ source that holds each of INPUTS as a text constant of namespace
-# trelvin::embedded. metabase-classes.csv becomes kMetabaseClasses.
-set(source "// Made by the build from the files in data/.\n#include \"schema_data.h\"\n\nnamespace trelvin::embedded {\n\n")
+# trelvin::embedded, which HEADER declares. metabase-classes.csv becomes kMetabaseClasses.
+set(source "// Made by the build from the files in data/.\n#include \"${HEADER}\"\n\nnamespace trelvin::embedded {\n\n")
 separate_arguments(INPUTS)
 foreach(input IN LISTS INPUTS)
   get_filename_component(stem "${input}" NAME_WE)
@@ -13,7 +13,7 @@ foreach(input IN LISTS INPUTS)
     string(APPEND name "${first}${rest}")
   endforeach()
   file(READ "${input}" text)
-  string(APPEND source "const char* const ${name} = R\"csv(${text})csv\";\n\n")
+  string(APPEND source "const char* const ${name} = R\"data(${text})data\";\n\n")
 endforeach()
 string(APPEND source "}  // namespace trelvin::embedded\n")
 file(WRITE "${OUTPUT}" "${source}")
