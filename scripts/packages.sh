@@ -26,6 +26,11 @@ readonly kWindowsPackages=(
   wine wine64
   fonts-wine                  # the signs of the buttons in a caption
 )
+# To build the program for Windows as it is released.
+# shellcheck disable=SC2034
+readonly kReleasePackages=(
+  g++-mingw-w64-i686-posix
+)
 # To check the layout of the sources as well.
 # shellcheck disable=SC2034
 readonly kCheckPackages=(clang-format)
