@@ -1,10 +1,9 @@
 // The addresses of hosts, by Winsock's own calls.
-#include <memory>
-
-#include "platform/shared/host_lookup.h"
 #include "platform/socket.h"
-#include "platform/windows/wide_text.h"
 #include "platform/windows/winsock_api.h"
+
+// It needs what those bring.
+#include "platform/shared/address_calls.h"
 
 namespace trelvin {
 
@@ -23,38 +22,21 @@ std::int32_t numberOfLookupFailure(int result) {
   }
 }
 
-HostAnswer addressesOf(const std::string& host, int flags) {
-  startWinsock();
-  ADDRINFOW hints{};
-  hints.ai_family = AF_UNSPEC;
-  hints.ai_socktype = SOCK_STREAM;
-  hints.ai_flags = flags;
-  ADDRINFOW* first = nullptr;
-  const int result = ::GetAddrInfoW(wideText(host).c_str(), nullptr, &hints, &first);
-  if (result != 0) return {.failure = numberOfLookupFailure(result)};
-  const std::unique_ptr<ADDRINFOW, decltype(&::FreeAddrInfoW)> owner(first, &::FreeAddrInfoW);
-  HostAnswer answer;
-  for (const ADDRINFOW* each = first; each != nullptr; each = each->ai_next) {
-    answer.addresses.push_back({std::string(reinterpret_cast<const char*>(each->ai_addr), each->ai_addrlen)});
-  }
-  return answer;
-}
-
 }  // namespace
 
 HostAnswer lookUpHost(const std::string& host) {
-  return addressesOf(host, 0);
+  startWinsock();
+  return askForAddresses(host, 0, numberOfLookupFailure);
 }
 
 HostAnswer addressInNumbers(const std::string& host) {
-  return addressesOf(host, AI_NUMERICHOST);
+  startWinsock();
+  return askForAddresses(host, AI_NUMERICHOST, numberOfLookupFailure);
 }
 
 HostAddress withPort(const HostAddress& address, std::uint16_t port) {
   HostAddress changed = address;
-  auto* const place = reinterpret_cast<sockaddr*>(changed.bytes.data());
-  if (place->sa_family == AF_INET) reinterpret_cast<sockaddr_in*>(place)->sin_port = htons(port);
-  if (place->sa_family == AF_INET6) reinterpret_cast<sockaddr_in6*>(place)->sin6_port = htons(port);
+  putPort(changed, port);
   return changed;
 }
 
