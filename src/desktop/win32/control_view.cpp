@@ -298,7 +298,7 @@ class StatusBarView final : public KindView<StatusBar> {
     ControlView::draw();
     if (panel_ == control().panel) return;
     panel_ = control().panel;
-    send(SB_SETTEXTW, 0, reinterpret_cast<LPARAM>(wideText(panel_).c_str()));
+    send(SB_SETTEXTW, SBT_NOTABPARSING, reinterpret_cast<LPARAM>(wideText(panel_).c_str()));
   }
   [[nodiscard]] std::string tipAt(POINT /*place*/) const override { return panel_; }
 

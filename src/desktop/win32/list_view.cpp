@@ -217,7 +217,7 @@ int DropDownView::leastWidth() const {
   for (std::int32_t i = 0; i < list().listCount(); ++i) {
     widest = std::max(widest, pane().textWidth(list().list(i)));
   }
-  return widest + GetSystemMetrics(SM_CXVSCROLL) + pane().pixels(14);
+  return widest + pane().systemPixels(SM_CXVSCROLL) + pane().pixels(14);
 }
 
 int DropDownView::leastHeight(int /*width*/) const {

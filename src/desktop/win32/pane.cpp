@@ -100,6 +100,12 @@ void Pane::renewFonts(int dots) {
   SendMessageW(tips_, TTM_SETMAXTIPWIDTH, 0, pixels(400));
 }
 
+int Pane::systemPixels(int measure) const {
+  using ForDots = int(WINAPI*)(int, UINT);
+  const auto forDots = userRoutine<ForDots>("GetSystemMetricsForDpi");
+  return forDots != nullptr ? forDots(measure, static_cast<UINT>(dots_)) : GetSystemMetrics(measure);
+}
+
 Extent Pane::captionExtent(std::string_view caption, HFONT font, int width) const {
   const Measuring measuring(window_, font);
   RECT room{0, 0, width, 0};

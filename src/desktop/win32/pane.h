@@ -52,6 +52,9 @@ class Pane {
   [[nodiscard]] int pixels(int usual) const { return MulDiv(usual, dots_, kUsualDotsPerInch); }
   [[nodiscard]] int usual(int pixels) const { return MulDiv(pixels, kUsualDotsPerInch, dots_); }
 
+  // One of Windows' own measures, SM_..., on this screen.
+  [[nodiscard]] int systemPixels(int measure) const;
+
   [[nodiscard]] int lineHeight() const { return lineHeight_; }
   [[nodiscard]] int characterWidth() const { return characterWidth_; }
   // Of a caption, where "&" is in front of an access key, broken at spaces beyond the width.

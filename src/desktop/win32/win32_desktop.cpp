@@ -238,7 +238,8 @@ void Win32Desktop::showProgress(std::string_view title, std::uint64_t done, std:
     progress_->view->draw();
   }
   MSG message{};
-  while (PeekMessageW(&message, nullptr, 0, 0, PM_REMOVE | PM_QS_PAINT) != FALSE) DispatchMessageW(&message);
+  while (PeekMessageW(&message, nullptr, 0, 0, PM_REMOVE | PM_QS_PAINT | PM_QS_SENDMESSAGE) != FALSE)
+    DispatchMessageW(&message);
 }
 
 void Win32Desktop::dropProgress() {

@@ -314,7 +314,7 @@ Extent WindowView::leastExtent() const {
 
 // Of the caption and the buttons next to it.
 int WindowView::widthOfTitle() const {
-  return pane_->textWidth(form_.caption) * 5 / 4 + 4 * GetSystemMetrics(SM_CXSIZE);
+  return pane_->textWidth(form_.caption) * 5 / 4 + 4 * pane_->systemPixels(SM_CXSIZE);
 }
 
 // Makes room for what has come to need more.
@@ -357,7 +357,7 @@ void WindowView::placeBars() {
   SendMessageW(bar, WM_SIZE, 0, 0);  // it finds its own place
   const auto progress = viewsByPlace_.find(&progressPlace_);
   if (progress == viewsByPlace_.end()) return;
-  const int right = clientExtent(handle_).width - GetSystemMetrics(SM_CXVSCROLL);
+  const int right = clientExtent(handle_).width - pane_->systemPixels(SM_CXVSCROLL);
   const int width = pane_->pixels(kProgressWidth);
   const int parts[] = {std::max(right - width, 0), -1};
   SendMessageW(bar, SB_SETPARTS, 2, reinterpret_cast<LPARAM>(parts));
