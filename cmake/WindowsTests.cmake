@@ -5,19 +5,29 @@ set(INSTALL_GTEST OFF)
 set(gtest_force_shared_crt ON CACHE BOOL "" FORCE)
 add_subdirectory(${TRELVIN_GOOGLETEST} ${CMAKE_BINARY_DIR}/googletest EXCLUDE_FROM_ALL)
 
-# The directory service that the tests register under Wine, as a library beside the test programs that use it. What
-# belongs to Linux in it, and stands behind the Access driver's name, comes out of the Linux build.
+# What the tests need on the Linux side comes out of the build for Linux.
 set(TRELVIN_LINUX_BUILD ${CMAKE_SOURCE_DIR}/build CACHE PATH "The build folder of the Linux build (target windows_hosts)")
+
+# The directory service that the tests register under Wine, as a library beside the test programs that use it.
 file(GLOB provider_sources CONFIGURE_DEPENDS windows/provider/*.cpp windows/provider/*.def)
 add_library(directory_provider MODULE ${provider_sources})
 set_target_properties(directory_provider PROPERTIES PREFIX "")
 target_include_directories(directory_provider PRIVATE ${CMAKE_CURRENT_SOURCE_DIR})
 target_link_libraries(directory_provider PRIVATE trelvin_windows ws2_32)
 
-# Gives a suite the client on that service, and starts the provider's host for it.
-function(use_directory_provider suite)
-  target_sources(${suite}_tests PRIVATE fakes/windows/directory_service.cpp)
-  add_dependencies(${suite}_tests directory_provider)
+# The program's client on that service.
+add_library(test_directory STATIC fakes/windows/directory_service.cpp)
+target_include_directories(test_directory PUBLIC ${CMAKE_CURRENT_SOURCE_DIR})
+target_link_libraries(test_directory PUBLIC trelvin_windows GTest::gtest)
+add_dependencies(test_directory directory_provider)
+
+# The databases: the Access driver's name leads to a driver of the Linux build.
+set(odbc_folder ${CMAKE_BINARY_DIR}/odbc)
+file(WRITE ${odbc_folder}/odbcinst.ini
+  "[Microsoft Access Driver (*.mdb)]\nDriver=${TRELVIN_LINUX_BUILD}/tests/access_driver.so\n")
+
+# Gives a suite what stands behind directory service and databases.
+function(use_hosts suite)
   set_property(TEST ${suite} APPEND PROPERTY
-    ENVIRONMENT "TRELVIN_DIRECTORY_HOST=${TRELVIN_LINUX_BUILD}/tests/directory_host")
+    ENVIRONMENT "TRELVIN_DIRECTORY_HOST=${TRELVIN_LINUX_BUILD}/tests/directory_host" "ODBCSYSINI=${odbc_folder}")
 endfunction()

@@ -7,6 +7,7 @@
 
 #include "fakes/temp_folder.h"
 #include "platform/application.h"
+#include "platform/database.h"
 #include "platform/files.h"
 #include "platform/metabase.h"
 #include "platform/profile.h"
@@ -20,6 +21,7 @@ std::unique_ptr<ProfileFiles> systemProfileFiles();
 // Its values are nobody else's; where the system has one registry for all, below a key of the tests.
 std::unique_ptr<Registry> systemRegistry(const TempFolder& folder);
 std::unique_ptr<Clock> systemClock();
+std::unique_ptr<Databases> systemDatabases();
 // Reaches the servers of a network folder: <server>/C$/WINDOWS/system32/inetsrv/MetaBase.xml. What was
 // changed is in the file once this and all of its nodes are gone. Where objects are counted, its end is a
 // test that none is left over.

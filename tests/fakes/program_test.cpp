@@ -2,21 +2,14 @@
 
 #include <algorithm>
 #include <filesystem>
+#include <utility>
 
 #include "core/err.h"
 #include "core/main_window.h"
 #include "core/run_state.h"
 #include "core/start_up.h"
-#include "platform/linux/access_driver.h"
-#include "platform/linux/access_lists.h"
-#include "platform/linux/file_system.h"
-#include "platform/linux/metabase/metabase_file.h"
-#include "platform/linux/paths.h"
-#include "platform/linux/profile_files.h"
-#include "platform/linux/registry_file.h"
-#include "platform/linux/tree_copy.h"
+#include "fakes/scratch_machine.h"
 #include "platform/platform.h"
-#include "platform/shared/odbc/odbc_databases.h"
 #include "platform/shared/tcp_sockets.h"
 #include "stores/connections.h"
 #include "window/frm_database_select.h"
@@ -71,8 +64,6 @@ ProgramTest::ProgramTest() : formerFolder_(fs::current_path()) {
   renew(frmDatabaseSelect);
   Err.clear();
 
-  const Paths paths((folder / "network").string());
-  const PathMapping toNative = [paths](std::string_view path) { return paths.nativePath(path); };
   Platform& set = platform();
   set = Platform{};
   application = put(set.application, std::make_unique<FakeApplication>(programPath()));
@@ -81,18 +72,10 @@ ProgramTest::ProgramTest() : formerFolder_(fs::current_path()) {
   events = put(set.events, std::make_unique<RecordedEvents>());
   opener = put(set.opener, std::make_unique<RecordedOpener>());
   sockets = put(set.sockets, std::make_unique<LoopbackSockets>(makeTcpSockets()));
-  set.files = makeFileSystem(toNative);
-  set.profile = makeProfileFiles(toNative);
-  set.shell = makeTreeCopy(
-      toNative, [this](std::string_view line) { copyReports.emplace_back(line); },
-      [](std::string_view, std::uint64_t, std::uint64_t) {});
-  set.createNtfsControl = [toNative] { return makeAccessLists(toNative); };
-  set.registry = makeRegistryFile((programFolder() / "Registry.reg").string());
-  set.databases =
-      makeOdbcDatabases([toNative](std::string_view text) { return accessDriverString(text, toNative); });
-  metabase =
-      put(set.metabase, std::make_unique<FailingMetabase>(makeFileMetabase(
-                            [paths](std::string_view server) { return paths.metabaseFileOf(server); })));
+  useScratchMachine(set, {.programFolder = programFolder(),
+                          .network = folder / "network",
+                          .onCopyReport = [this](std::string_view line) { copyReports.emplace_back(line); }});
+  metabase = put(set.metabase, std::make_unique<FailingMetabase>(scratchMetabase(folder / "network")));
 }
 
 ProgramTest::~ProgramTest() {
@@ -106,7 +89,7 @@ ProgramTest::~ProgramTest() {
 }
 
 std::string ProgramTest::programPath() const {
-  return windowsPath((folder / "program").string());
+  return programForm(programFolder());
 }
 
 void ProgramTest::start(const std::string& commandLine) {
@@ -128,6 +111,13 @@ void ProgramTest::addServer(const std::string& name, const std::string& metabase
 
 std::string ProgramTest::metabaseOf(const std::string& server) const {
   return folder.read("network/" + server + "/C$/WINDOWS/system32/inetsrv/MetaBase.xml");
+}
+
+std::string ProgramTest::failureOfBind(const std::string& path) {
+  const ErrorState before = std::exchange(Err, {});
+  attempt([&] { platform().metabase->getObject(path); });
+  const ErrorState failed = std::exchange(Err, before);
+  return std::to_string(failed.number) + " " + failed.description;
 }
 
 std::string ProgramTest::metabaseFile(const std::string& elements) {

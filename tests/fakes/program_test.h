@@ -39,6 +39,8 @@ class ProgramTest : public ::testing::Test {
   static std::string element(const std::string& keyType, const std::string& location,
                              const std::vector<std::pair<std::string, std::string>>& properties = {},
                              const std::string& children = {});
+  // How a bind of that path fails on this system, which has its own words for it: "number description".
+  static std::string failureOfBind(const std::string& path);
   // A job in the program folder; keys in the order given, "Section/Key" with its value.
   void addJob(const std::string& name, const std::vector<std::pair<std::string, std::string>>& keys);
 

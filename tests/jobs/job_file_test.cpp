@@ -112,7 +112,7 @@ class JobFile : public JobTest {
     frmMain.mnuLoadBackup.onClick();
   }
 
-  [[nodiscard]] std::string savedPath() const { return windowsPath((folder / "s.job").string()); }
+  [[nodiscard]] std::string savedPath() const { return programForm(folder / "s.job"); }
   // Lines that say something; nobody may depend on blank ones.
   [[nodiscard]] std::vector<std::string> savedLines() const {
     std::vector<std::string> lines;
@@ -445,7 +445,7 @@ TEST_F(JobFile, IsChosenAndNotRead) {
   select({1});
   addPairOfWindow("a", "b");
   folder.write("other.job", "[Job Details]\r\nSites=1\r\nImportServer=OTHER\r\nFindReplaceCount=0\r\n");
-  const std::string other = windowsPath((folder / "other.job").string());
+  const std::string other = programForm(folder / "other.job");
   const std::vector<std::string> linesBefore = logLines();
   load(other);
   EXPECT_EQ(run.sBackupJob, other);
@@ -519,7 +519,7 @@ TEST_F(JobFile, InAFolderThatIsNotThereIsNotWritten) {
   openOnSites();
   select({0});
   const std::vector<std::string> linesBefore = logLines();
-  saveAs(windowsPath((folder / "nowhere/s.job").string()));
+  saveAs(programForm(folder / "nowhere/s.job"));
   EXPECT_FALSE(folder.has("nowhere"));
   EXPECT_EQ(logLines(), linesBefore) << "a write without success passes in silence";
 }
@@ -665,7 +665,7 @@ TEST_F(JobFile, InADeepFolderGivesAPieceOfItsPathForAnEmptyReplacement) {
   addPairOfWindow("gone", "");
   addPairOfWindow("kept", "here");
   const std::filesystem::path deep = folder.makeFolder(std::string(50, 'd')) / "s.job";
-  saveAs(windowsPath(deep.string()));
+  saveAs(programForm(deep));
   SelectSitesFromBackup();
   EXPECT_THAT(entriesOf(frmMain.lstNewValues), ElementsAre(run.sBackupJob.substr(0, 49), "here"));
   EXPECT_THAT(selectedSites(), ElementsAre("Shop")) << "keys that are there read as they should";

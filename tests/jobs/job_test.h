@@ -8,7 +8,7 @@
 
 #include "core/run_state.h"
 #include "fakes/export_test.h"
-#include "platform/linux/paths.h"
+#include "fakes/scratch_machine.h"
 #include "window/frm_main.h"
 
 namespace trelvin::test {
@@ -51,7 +51,7 @@ class JobTest : public ExportTest {
     folder.write("j.job", text);
     run.sBackupJob = jobPath();
   }
-  [[nodiscard]] std::string jobPath() const { return windowsPath((folder / "j.job").string()); }
+  [[nodiscard]] std::string jobPath() const { return programForm(folder / "j.job"); }
 
   static std::vector<std::string> selectedSites() {
     std::vector<std::string> names;

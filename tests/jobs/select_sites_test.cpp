@@ -826,7 +826,7 @@ TEST_F(SelectSites, TakesAPieceOfADeepPathForAMissingKey) {
   openWindow();
   const std::string deep = "a-folder-of-a-name-that-is-long-enough/j.job";
   folder.write(deep, "[Job Details]\r\nSites=1\r\nImportServer=WEB1\r\nType=W3SVC\r\nFindReplaceCount=0\r\n");
-  run.sBackupJob = windowsPath((folder / deep).string());
+  run.sBackupJob = programForm(folder / deep);
   SelectSitesFromBackup();
   ASSERT_GE(run.sBackupJob.size(), 50U);
   EXPECT_EQ(frmMain.txtExportServer.text, run.sBackupJob.substr(0, 49));

@@ -5,9 +5,8 @@
 
 #include <optional>
 
+#include "fakes/scratch_machine.h"
 #include "metabase/site_listing.h"
-#include "platform/linux/metabase/metabase_file.h"
-#include "platform/linux/paths.h"
 #include "platform/platform.h"
 #include "sites_test.h"
 
@@ -230,9 +229,7 @@ class RootFixTest : public RootCheckTest {
   }
   // The type of a root as a fresh reader finds it on disk.
   [[nodiscard]] std::string typeOnDisk(const std::string& number) const {
-    const Paths paths((folder / "network").string());
-    const auto reader =
-        makeFileMetabase([paths](std::string_view server) { return paths.metabaseFileOf(server); });
+    const auto reader = scratchReader(folder / "network");
     return reader->getObject("IIS://web1/W3SVC/" + number + "/ROOT")->get("KeyType").toText();
   }
   // The file with another element name for the root of a site.

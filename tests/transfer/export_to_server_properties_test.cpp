@@ -105,12 +105,11 @@ TEST_F(PropertiesToServer, TellsASchemaThatItCannotNameInADebugLog) {
   openForDebug(site());
   metabase->failOn("Schema", "WEB1/W3SVC/7", "", kDenied);
   exportSites({0});
-  EXPECT_EQ(
-      runLines("Failed to"),
-      (std::vector<std::string>{"Failed to set schema " + denied(),
-                                "Failed to create schema object-2147463168 \"\" is no IIS:// path.",
-                                "Failed to retrieve mprops91 " + describeError(error_number::kObjectNotSet),
-                                "Failed to set OProps"}));
+  EXPECT_EQ(runLines("Failed to"),
+            (std::vector<std::string>{
+                "Failed to set schema " + denied(), "Failed to create schema object" + failureOfBind(""),
+                "Failed to retrieve mprops91 " + describeError(error_number::kObjectNotSet),
+                "Failed to set OProps"}));
 }
 
 TEST_F(PropertiesToServer, TellsASchemaThatItCannotBindInADebugLog) {
@@ -298,9 +297,8 @@ TEST_F(PropertiesToServer, PutsWhatHasNoNodeOnTheTargetOnTheNodeBefore) {
   transferOnly({"DefaultDoc"});
   exportSites({0});
   EXPECT_EQ(stored("/W3SVC/1/ROOT", "DefaultDoc"), "file.htm");
-  EXPECT_THAT(failureLines(),
-              ElementsAre("Error transfering Property DefaultDocError -2147024893 There is no "
-                          "IIS://NEW1/W3SVC/1/ROOT/one.htm. 80070003"));
+  EXPECT_THAT(failureLines(), ElementsAre("Error transfering Property DefaultDocError " +
+                                          failureOfBind("IIS://NEW1/W3SVC/1/ROOT/one.htm") + " 80070003"));
 }
 
 TEST_F(PropertiesToServer, ReadsTheNodeBeforeWhenASourceNodeCannotBeBound) {

@@ -4,8 +4,7 @@
 
 #include "core/err.h"
 #include "core/run_state.h"
-#include "platform/linux/metabase/metabase_file.h"
-#include "platform/linux/paths.h"
+#include "fakes/scratch_machine.h"
 #include "platform/platform.h"
 #include "window/frm_main.h"
 
@@ -111,8 +110,7 @@ void ServerToServer::exportSilently(std::initializer_list<int> lines) {
 }
 
 std::unique_ptr<Metabase> ServerToServer::reader() const {
-  const Paths paths((folder / "network").string());
-  return makeFileMetabase([paths](std::string_view server) { return paths.metabaseFileOf(server); });
+  return scratchReader(folder / "network");
 }
 
 std::string ServerToServer::stored(const std::string& path, const std::string& property,

@@ -2,6 +2,7 @@
 
 #include <poll.h>
 
+#include "platform/linux/access_driver.h"
 #include "platform/linux/file_system.h"
 #include "platform/linux/locale_clock.h"
 #include "platform/linux/metabase/metabase_file.h"
@@ -10,6 +11,7 @@
 #include "platform/linux/program_opener.h"
 #include "platform/linux/registry_file.h"
 #include "platform/linux/tree_copy.h"
+#include "platform/shared/odbc/odbc_databases.h"
 
 namespace trelvin::test {
 
@@ -35,6 +37,11 @@ std::unique_ptr<Registry> systemRegistry(const TempFolder& folder) {
 
 std::unique_ptr<Clock> systemClock() {
   return makeLocaleClock();
+}
+
+std::unique_ptr<Databases> systemDatabases() {
+  return makeOdbcDatabases(
+      [map = toNative()](std::string_view text) { return accessDriverString(text, map); });
 }
 
 std::unique_ptr<Metabase> systemMetabase(const TempFolder& network) {

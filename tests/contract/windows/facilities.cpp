@@ -1,6 +1,7 @@
 #include "contract/facilities.h"
 
 #include "fakes/windows/directory_service.h"
+#include "platform/shared/odbc/odbc_databases.h"
 #include "platform/windows/file_system.h"
 #include "platform/windows/locale_clock.h"
 #include "platform/windows/profile_files.h"
@@ -27,6 +28,10 @@ std::unique_ptr<Registry> systemRegistry(const TempFolder& /*folder*/) {
 
 std::unique_ptr<Clock> systemClock() {
   return makeLocaleClock();
+}
+
+std::unique_ptr<Databases> systemDatabases() {
+  return makeOdbcDatabases([](std::string_view text) { return std::string(text); });
 }
 
 std::unique_ptr<Metabase> systemMetabase(const TempFolder& network) {

@@ -1,0 +1,17 @@
+# What the tests for Windows need of the machine that Windows is emulated on (scripts/windows.sh).
+
+# Has the metabase files for the directory provider.
+add_executable(directory_host
+  windows/provider_host/main.cpp windows/provider_host/served_metabase.cpp windows/provider/wire.cpp)
+target_include_directories(directory_host PRIVATE ${CMAKE_CURRENT_SOURCE_DIR})
+target_link_libraries(directory_host PRIVATE trelvin_linux)
+
+# Answers to the Access driver's name. SQLite's driver has to stay linked, though no routine of it is called by name.
+find_library(SQLITE_ODBC sqlite3odbc PATH_SUFFIXES odbc REQUIRED)
+get_filename_component(sqlite_odbc_folder ${SQLITE_ODBC} DIRECTORY)
+add_library(access_driver MODULE windows/access_driver/access_driver.cpp)
+set_target_properties(access_driver PROPERTIES PREFIX "" BUILD_RPATH ${sqlite_odbc_folder})
+target_compile_definitions(access_driver PRIVATE SQLITE_ODBC_DRIVER="${SQLITE_ODBC}")
+target_link_libraries(access_driver PRIVATE trelvin_warnings -Wl,--no-as-needed ${SQLITE_ODBC})
+
+add_custom_target(windows_hosts DEPENDS directory_host access_driver)
