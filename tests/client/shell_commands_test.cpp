@@ -88,7 +88,10 @@ TEST_F(ShellCommandsTest, CancelInTheProxyBoxClearsTheSetting) {
   frmMain.mnuProxyServer.onClick();
   EXPECT_EQ(run.sProxyServer, "");
   EXPECT_EQ(readProgramValue("ProxyServer"), "");
-  EXPECT_NE(folder.read("program/Registry.reg").find("\"ProxyServer\"=\"\""), std::string::npos);
+  const Registry::QueryResult stored = platform().registry->queryValue(
+      RegistryRoot::kLocalMachine, "Software\\Morvane\\Trelvin", "ProxyServer");
+  EXPECT_EQ(stored.code, 0) << "the value is there, and empty";
+  EXPECT_EQ(stored.type, kRegString);
 }
 
 TEST_F(ShellCommandsTest, TheProxySettingIsThereAtTheNextStart) {
