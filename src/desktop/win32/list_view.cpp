@@ -123,9 +123,12 @@ void ListBoxView::drawSelection() {
     if (send(LB_GETCURSEL) != list().listIndex()) send(LB_SETCURSEL, static_cast<WPARAM>(list().listIndex()));
     return;
   }
+  // Asked for at once: ten thousand questions would be felt.
+  std::vector<bool> isDrawn(static_cast<std::size_t>(list().listCount()));
+  for (const std::int32_t each : drawnSelection()) isDrawn.at(static_cast<std::size_t>(each)) = true;
   for (std::int32_t i = 0; i < list().listCount(); ++i) {
-    const bool isSelected = send(LB_GETSEL, static_cast<WPARAM>(i)) > 0;
-    if (isSelected != list().selected(i)) send(LB_SETSEL, isSelected ? FALSE : TRUE, i);
+    const bool isSelected = list().selected(i);
+    if (isDrawn[static_cast<std::size_t>(i)] != isSelected) send(LB_SETSEL, isSelected ? TRUE : FALSE, i);
   }
   if (inHand_ == list().listIndex()) return;
   inHand_ = list().listIndex();
@@ -137,16 +140,20 @@ void ListBoxView::hearCommand(int notification) {
   if (notification == LBN_DBLCLK) postDoubleClick(pane().touches(), list());
 }
 
+std::vector<std::int32_t> ListBoxView::drawnSelection() const {
+  std::vector<std::int32_t> selected(static_cast<std::size_t>(std::max<LRESULT>(0, send(LB_GETSELCOUNT))));
+  send(LB_GETSELITEMS, selected.size(), reinterpret_cast<LPARAM>(selected.data()));
+  return selected;
+}
+
 void ListBoxView::passChoiceOn() {
-  std::vector<std::int32_t> chosen;
-  if (!list().isMultiple()) {
+  if (list().isMultiple()) {
+    const auto inHand = static_cast<std::int32_t>(send(LB_GETCARETINDEX));
+    postChoice(pane().touches(), list(), drawnSelection(), inHand);
+  } else {
     const auto inHand = static_cast<std::int32_t>(send(LB_GETCURSEL));
     postChoice(pane().touches(), list(), {inHand}, inHand);
-    return;
   }
-  chosen.resize(static_cast<std::size_t>(std::max<LRESULT>(0, send(LB_GETSELCOUNT))));
-  send(LB_GETSELITEMS, chosen.size(), reinterpret_cast<LPARAM>(chosen.data()));
-  postChoice(pane().touches(), list(), std::move(chosen), static_cast<std::int32_t>(send(LB_GETCARETINDEX)));
 }
 
 // A double-click by the keys, so that no mouse is needed.

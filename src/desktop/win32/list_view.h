@@ -51,6 +51,7 @@ class ListBoxView final : public EntriesView {
   [[nodiscard]] int entryHeight() const;
   void refresh();
   void drawSelection();
+  [[nodiscard]] std::vector<std::int32_t> drawnSelection() const;
   void drawText(const DRAWITEMSTRUCT& entry, const std::string& text) const;
   void drawMark(const DRAWITEMSTRUCT& entry, RECT place) const;
   void passChoiceOn();
