@@ -5,6 +5,7 @@
 #include <chrono>
 #include <csignal>
 #include <fstream>
+#include <sstream>
 #include <iterator>
 #include <stdexcept>
 #include <thread>
@@ -183,9 +184,9 @@ std::string DatabaseServer::connectionString(const std::string& database) const 
 }
 
 std::string DatabaseServer::schemaFile(const char* name) const {
-  std::ifstream original(fs::path(TRELVIN_SOURCE_DIR) / "data" / name);
-  const std::string text{std::istreambuf_iterator<char>(original), {}};
-  return folder_.write(name, text).string();
+  std::ostringstream text;
+  text << std::ifstream(fs::path(TRELVIN_SOURCE_DIR) / "data" / name).rdbuf();
+  return folder_.write(name, text.str()).string();
 }
 
 RunningProcess::Options DatabaseServer::command(const fs::path& tool,
