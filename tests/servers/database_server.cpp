@@ -6,7 +6,6 @@
 #include <csignal>
 #include <fstream>
 #include <sstream>
-#include <iterator>
 #include <stdexcept>
 #include <thread>
 
