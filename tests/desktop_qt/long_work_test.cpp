@@ -1,6 +1,8 @@
 // What a person may do while a run is at work, and what becomes of the run.
 #include <QAction>
+#include <chrono>
 #include <filesystem>
+#include <thread>
 
 #include "core/main_window.h"
 #include "core/run_state.h"
@@ -221,6 +223,14 @@ TEST_F(LongWorkTest, AListingThatYieldsForEverySiteShowsThemAll) {
   openProgram();
   person.type("txtImportServer", "MANY");
   std::size_t seenInBetween = 0;
+  // A server that takes its time once, longer than the pause between two pictures.
+  metabase->rule = [isSlow = true](const MetabaseCall&) mutable -> std::optional<std::int32_t> {
+    if (isSlow && frmMain.lstSites.listCount() > 1000) {
+      std::this_thread::sleep_for(std::chrono::milliseconds(100));
+      isSlow = false;
+    }
+    return std::nullopt;
+  };
   person.once([] { return frmMain.lstSites.listCount() > 2900; },
               [&] { seenInBetween = shownEntries("lstSites").size(); });
   person.click("cmdPopulate");
