@@ -165,6 +165,8 @@ TEST_F(LooksTest, TheWelcomeFormContinuesWithReturnAndLeavesWithEscape) {
   frmSplash.cmdContinue.onClick = [&] { ++continued; };
   frmSplash.cmdExit.onClick = [&] { ++left; };
   person.look();
+  // An X server gives a window the focus some time after it was asked to.
+  ASSERT_TRUE(person.waitFor([] { return Person::focus() == "cmdContinue"; }));
   person.key(Qt::Key_Return);
   person.key(Qt::Key_Escape);
   EXPECT_EQ(continued, 1);
