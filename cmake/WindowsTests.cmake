@@ -21,6 +21,13 @@ target_include_directories(test_directory PUBLIC ${CMAKE_CURRENT_SOURCE_DIR})
 target_link_libraries(test_directory PUBLIC trelvin_windows GTest::gtest)
 add_dependencies(test_directory directory_provider)
 
+# The installer of data sources for TrelvinSetup.exe. It lies in a folder of its own, where no other program finds it.
+add_library(data_source_installer MODULE windows/installer/odbccp32.cpp windows/installer/odbccp32.def)
+set_target_properties(data_source_installer PROPERTIES
+  PREFIX "" OUTPUT_NAME odbccp32 LIBRARY_OUTPUT_DIRECTORY ${CMAKE_CURRENT_BINARY_DIR}/installer)
+target_include_directories(data_source_installer PRIVATE ${CMAKE_SOURCE_DIR}/src)
+target_link_libraries(data_source_installer PRIVATE trelvin_warnings)
+
 # The databases: the Access driver's name leads to a driver of the Linux build.
 set(odbc_folder ${CMAKE_BINARY_DIR}/odbc)
 file(WRITE ${odbc_folder}/odbcinst.ini

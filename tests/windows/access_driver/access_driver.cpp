@@ -1,6 +1,6 @@
 // What answers to the Access driver's name in the tests under Wine, whose driver manager is this machine's
-// own: SQLite's driver, which knows no DBQ. Connecting is done here, all else by that driver, which this
-// library is linked to, so that the driver manager finds its routines.
+// own: SQLite's driver, which knows no DBQ and none of Access' words for a table. Both are seen to here, all
+// else by that driver, which this library is linked to, so that the driver manager finds its routines.
 #include <dlfcn.h>
 #include <sql.h>
 #include <sqlext.h>
@@ -11,13 +11,20 @@
 #include <string>
 #include <string_view>
 
+#include "windows/access_driver/access_words.h"
+
 namespace {
 
-using DriverConnect = decltype(&SQLDriverConnect);
-
-DriverConnect realDriverConnect() {
+// SQLite's own; null when it isn't there.
+template <typename Routine>
+Routine realRoutine(const char* name) {
   void* const driver = ::dlopen(SQLITE_ODBC_DRIVER, RTLD_NOW);
-  return driver == nullptr ? nullptr : reinterpret_cast<DriverConnect>(::dlsym(driver, "SQLDriverConnect"));
+  return driver == nullptr ? nullptr : reinterpret_cast<Routine>(::dlsym(driver, name));
+}
+
+std::string textOf(const SQLCHAR* text, SQLINTEGER length) {
+  const auto* const begin = reinterpret_cast<const char*>(text);
+  return length == SQL_NTS ? std::string(begin) : std::string(begin, static_cast<std::size_t>(length));
 }
 
 std::string databaseOf(std::string_view connectionString) {
@@ -42,12 +49,17 @@ std::string nativePath(std::string path) {
 extern "C" SQLRETURN SQL_API SQLDriverConnect(SQLHDBC connection, SQLHWND window, SQLCHAR* in,
                                               SQLSMALLINT inLength, SQLCHAR* out, SQLSMALLINT outSize,
                                               SQLSMALLINT* outLength, SQLUSMALLINT completion) {
-  const DriverConnect connect = realDriverConnect();
+  const auto connect = realRoutine<decltype(&SQLDriverConnect)>("SQLDriverConnect");
   if (connect == nullptr) return SQL_ERROR;
-  const auto* text = reinterpret_cast<const char*>(in);
-  const std::string given =
-      inLength == SQL_NTS ? std::string(text) : std::string(text, static_cast<std::size_t>(inLength));
-  std::string own = "Database=" + nativePath(databaseOf(given)) + ";NoCreat=1;Timeout=2500;SyncPragma=OFF;";
+  std::string own =
+      "Database=" + nativePath(databaseOf(textOf(in, inLength))) + ";NoCreat=1;Timeout=2500;SyncPragma=OFF;";
   return connect(connection, window, reinterpret_cast<SQLCHAR*>(own.data()), SQL_NTS, out, outSize, outLength,
                  completion);
+}
+
+extern "C" SQLRETURN SQL_API SQLExecDirect(SQLHSTMT statement, SQLCHAR* text, SQLINTEGER length) {
+  const auto execute = realRoutine<decltype(&SQLExecDirect)>("SQLExecDirect");
+  if (execute == nullptr) return SQL_ERROR;
+  std::string own = trelvin::test::sqliteStatement(textOf(text, length));
+  return execute(statement, reinterpret_cast<SQLCHAR*>(own.data()), static_cast<SQLINTEGER>(own.size()));
 }

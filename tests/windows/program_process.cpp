@@ -1,0 +1,86 @@
+#include "windows/program_process.h"
+
+#include <fstream>
+#include <sstream>
+#include <stdexcept>
+#include <utility>
+
+#include "core/text.h"
+#include "platform/windows/wide_text.h"
+
+namespace trelvin::test {
+
+namespace {
+
+constexpr const char* kOutput = "output";
+constexpr const char* kError = "error";
+
+// A file for a stream of the program, which gets the handle.
+Handle fileForProgram(const std::filesystem::path& path) {
+  SECURITY_ATTRIBUTES inherited{sizeof(SECURITY_ATTRIBUTES), nullptr, TRUE};
+  return Handle(::CreateFileW(path.c_str(), GENERIC_WRITE, FILE_SHARE_READ, &inherited, CREATE_ALWAYS,
+                              FILE_ATTRIBUTE_NORMAL, nullptr));
+}
+
+std::string textOf(const std::filesystem::path& path) {
+  std::ifstream stream(path, std::ios::binary);
+  if (!stream) throw std::runtime_error("can't read " + path.string());
+  std::ostringstream text;
+  if (stream.peek() != std::ifstream::traits_type::eof()) text << stream.rdbuf();
+  return text.str();
+}
+
+}  // namespace
+
+std::vector<std::string> linesOf(const std::string& text) {
+  std::vector<std::string> lines = split(replaceAll(text, "\r\n", "\n"), '\n');
+  if (!lines.empty() && lines.back().empty()) lines.pop_back();
+  return lines;
+}
+
+ProgramProcess::ProgramProcess(const std::filesystem::path& program, std::string_view arguments,
+                               const std::filesystem::path& currentFolder, std::filesystem::path streams)
+    : streams_(std::move(streams)) {
+  std::filesystem::create_directories(streams_);
+  output_ = fileForProgram(streams_ / kOutput);
+  error_ = fileForProgram(streams_ / kError);
+  std::wstring line = L"\"" + program.wstring() + L"\" " + wideText(arguments);
+  STARTUPINFOW start{};
+  start.cb = sizeof(start);
+  start.dwFlags = STARTF_USESTDHANDLES;
+  start.hStdOutput = output_.get();
+  start.hStdError = error_.get();
+  PROCESS_INFORMATION process{};
+  if (!::CreateProcessW(program.c_str(), line.data(), nullptr, nullptr, TRUE, 0, nullptr,
+                        currentFolder.c_str(), &start, &process)) {
+    throw std::runtime_error("the program can't be started");
+  }
+  ::CloseHandle(process.hThread);
+  process_.reset(process.hProcess);
+  number_ = process.dwProcessId;
+}
+
+ProgramProcess::~ProgramProcess() {
+  if (hasEnded()) return;
+  ::TerminateProcess(process_.get(), ~UINT{0});
+  ::WaitForSingleObject(process_.get(), kPatience);
+}
+
+bool ProgramProcess::hasEnded() const {
+  return ::WaitForSingleObject(process_.get(), 0) == WAIT_OBJECT_0;
+}
+
+Outcome ProgramProcess::outcome() {
+  if (::WaitForSingleObject(process_.get(), kPatience) != WAIT_OBJECT_0) {
+    throw std::runtime_error("the program does not end");
+  }
+  output_.reset();
+  error_.reset();
+  Outcome outcome;
+  ::GetExitCodeProcess(process_.get(), &outcome.status);
+  outcome.output = linesOf(textOf(streams_ / kOutput));
+  outcome.error = textOf(streams_ / kError);
+  return outcome;
+}
+
+}  // namespace trelvin::test
