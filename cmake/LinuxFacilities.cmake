@@ -1,5 +1,7 @@
 # What the program asks of a machine, done on Linux.
 target_link_libraries(trelvin_odbc PUBLIC ODBC::ODBC)
+target_sources(trelvin_odbc PRIVATE src/platform/linux/odbc/driver_text.cpp)
+target_include_directories(trelvin_odbc PUBLIC src/platform/linux/odbc)
 if(TRELVIN_SANITIZE)
   # It keeps what it has read of odbc.ini to the end of the process. A driver that loads it takes it out of memory again,
   # and its list would then count as lost.

@@ -90,17 +90,6 @@ std::vector<std::string> textsOf(const Value& list) {
   return texts;
 }
 
-// How a statement fails; a number of 0 tells that it does not.
-template <typename Statement>
-Failure failureOf(Statement&& statement) {
-  try {
-    std::forward<Statement>(statement)();
-  } catch (const Failure& failure) {
-    return failure;
-  }
-  return {0, "no failure"};
-}
-
 class MetabaseContract : public testing::Test {
  protected:
   MetabaseContract() { network_.write(kFile, kMetabase); }

@@ -3,29 +3,17 @@
 
 #include <gtest/gtest.h>
 
-#include <cstdint>
 #include <filesystem>
 #include <memory>
 #include <string>
 #include <string_view>
-#include <utility>
 
 #include "core/err.h"
+#include "fakes/failures.h"
 #include "fakes/temp_folder.h"
 #include "platform/shared/odbc/odbc_databases.h"
 
 namespace trelvin::test {
-
-// The failure of a statement; one with number 0 when it goes through.
-template <typename Statement>
-Failure failureOf(Statement&& statement) {
-  try {
-    static_cast<void>(std::forward<Statement>(statement)());
-  } catch (const Failure& failure) {
-    return failure;
-  }
-  return {0, "no failure"};
-}
 
 class StoreTest : public ::testing::Test {
  protected:

@@ -1,30 +1,46 @@
 // What answers to the Access driver's name in the tests under Wine, whose driver manager is this machine's
-// own: SQLite's driver, which knows no DBQ and none of Access' words for a table. Both are seen to here, all
-// else by that driver, which this library is linked to, so that the driver manager finds its routines.
+// own: SQLite's driver, which knows no DBQ, none of Access' words for a table, and no wide text. The calls
+// that carry any of these are done here, all else by that driver, which this library is linked to, so that
+// the driver manager finds its routines.
+//
+// Like the Access driver it is a wide one. The manager makes wide text of all that comes in one-byte
+// characters, by a code page and not by UTF-8, so that a program that calls the wrong way is found out.
 #include <dlfcn.h>
 #include <sql.h>
 #include <sqlext.h>
 
 #include <algorithm>
+#include <array>
 #include <cctype>
 #include <cstdlib>
+#include <map>
+#include <optional>
 #include <string>
 #include <string_view>
 
 #include "windows/access_driver/access_words.h"
+#include "windows/access_driver/wide_buffer.h"
 
 namespace {
 
-// SQLite's own; null when it isn't there.
+using trelvin::test::give;
+using trelvin::test::utf8Of;
+using trelvin::test::WideText;
+
+// A routine of SQLite's driver. Its name alone could also lead to the manager's, or to the one that is
+// defined here.
 template <typename Routine>
-Routine realRoutine(const char* name) {
-  void* const driver = ::dlopen(SQLITE_ODBC_DRIVER, RTLD_NOW);
-  return driver == nullptr ? nullptr : reinterpret_cast<Routine>(::dlsym(driver, name));
+Routine real(const char* name) {
+  static void* const driver = ::dlopen(SQLITE_ODBC_DRIVER, RTLD_NOW);
+  if (driver == nullptr) std::abort();
+  return reinterpret_cast<Routine>(::dlsym(driver, name));
 }
 
-std::string textOf(const SQLCHAR* text, SQLINTEGER length) {
-  const auto* const begin = reinterpret_cast<const char*>(text);
-  return length == SQL_NTS ? std::string(begin) : std::string(begin, static_cast<std::size_t>(length));
+// What that driver's text is read into.
+using Narrow = std::array<SQLCHAR, 4096>;
+
+std::string textIn(const Narrow& filled) {
+  return reinterpret_cast<const char*>(filled.data());
 }
 
 std::string databaseOf(std::string_view connectionString) {
@@ -44,22 +60,158 @@ std::string nativePath(std::string path) {
   return std::string(prefix) + "/dosdevices/" + path;
 }
 
+bool isText(SQLUSMALLINT information) {
+  return information == SQL_DBMS_NAME || information == SQL_DBMS_VER || information == SQL_DRIVER_NAME ||
+         information == SQL_DRIVER_VER || information == SQL_DRIVER_ODBC_VER;
+}
+
+SQLSMALLINT wideType(SQLSMALLINT type) {
+  switch (type) {
+    case SQL_CHAR:
+      return SQL_WCHAR;
+    case SQL_VARCHAR:
+      return SQL_WVARCHAR;
+    case SQL_LONGVARCHAR:
+      return SQL_WLONGVARCHAR;
+    default:
+      return type;
+  }
+}
+
+// A field that is read in pieces.
+struct Reading {
+  SQLUSMALLINT column = 0;
+  std::optional<WideText> text{};  // nothing for Null
+  std::size_t given = 0;           // characters so far
+  bool done = false;
+};
+
+// The field that each statement's row is read in.
+std::map<SQLHSTMT, Reading> readings;
+
+// Reads all of a field at once. False when it can't be read.
+bool readWhole(SQLHSTMT statement, Reading& reading) {
+  const auto getData = real<decltype(&SQLGetData)>("SQLGetData");
+  std::string text;
+  for (bool more = true; more;) {
+    Narrow piece{};
+    SQLLEN length = 0;
+    const auto size = static_cast<SQLLEN>(piece.size());
+    const SQLRETURN result = getData(statement, reading.column, SQL_C_CHAR, piece.data(), size, &length);
+    if (!SQL_SUCCEEDED(result)) return false;
+    if (length == SQL_NULL_DATA) return true;
+    text += textIn(piece);
+    more = result == SQL_SUCCESS_WITH_INFO && length >= size;
+  }
+  reading.text.emplace(text);
+  return true;
+}
+
+// The next piece. The length of what is very long is not told, as it may be with columns for long texts.
+SQLRETURN givePiece(Reading& reading, SQLPOINTER buffer, SQLLEN size, SQLLEN* length) {
+  constexpr std::size_t kLongestTold = 65536;
+  if (reading.done) return SQL_NO_DATA;
+  if (!reading.text) {
+    reading.done = true;
+    *length = SQL_NULL_DATA;
+    return SQL_SUCCESS;
+  }
+  const std::size_t rest = reading.text->size() - reading.given;
+  const std::size_t capacity = static_cast<std::size_t>(size) / sizeof(SQLWCHAR);
+  reading.done = reading.text->fill(buffer, capacity, reading.given);
+  const bool told = reading.done || reading.text->size() <= kLongestTold;
+  *length = told ? static_cast<SQLLEN>(rest * sizeof(SQLWCHAR)) : SQL_NO_TOTAL;
+  reading.given += capacity - 1;
+  return reading.done ? SQL_SUCCESS : SQL_SUCCESS_WITH_INFO;
+}
+
 }  // namespace
 
-extern "C" SQLRETURN SQL_API SQLDriverConnect(SQLHDBC connection, SQLHWND window, SQLCHAR* in,
-                                              SQLSMALLINT inLength, SQLCHAR* out, SQLSMALLINT outSize,
-                                              SQLSMALLINT* outLength, SQLUSMALLINT completion) {
-  const auto connect = realRoutine<decltype(&SQLDriverConnect)>("SQLDriverConnect");
-  if (connect == nullptr) return SQL_ERROR;
-  std::string own =
-      "Database=" + nativePath(databaseOf(textOf(in, inLength))) + ";NoCreat=1;Timeout=2500;SyncPragma=OFF;";
-  return connect(connection, window, reinterpret_cast<SQLCHAR*>(own.data()), SQL_NTS, out, outSize, outLength,
-                 completion);
+extern "C" {
+
+SQLRETURN SQL_API SQLDriverConnectW(SQLHDBC connection, SQLHWND window, SQLWCHAR* in, SQLSMALLINT inLength,
+                                    SQLWCHAR* /*out*/, SQLSMALLINT /*outSize*/, SQLSMALLINT* /*outLength*/,
+                                    SQLUSMALLINT completion) {
+  const std::string path = nativePath(databaseOf(utf8Of(in, inLength)));
+  std::string own = "Database=" + path + ";NoCreat=1;Timeout=2500;SyncPragma=OFF;";
+  return real<decltype(&SQLDriverConnect)>("SQLDriverConnect")(
+      connection, window, reinterpret_cast<SQLCHAR*>(own.data()), SQL_NTS, nullptr, 0, nullptr, completion);
 }
 
-extern "C" SQLRETURN SQL_API SQLExecDirect(SQLHSTMT statement, SQLCHAR* text, SQLINTEGER length) {
-  const auto execute = realRoutine<decltype(&SQLExecDirect)>("SQLExecDirect");
-  if (execute == nullptr) return SQL_ERROR;
-  std::string own = trelvin::test::sqliteStatement(textOf(text, length));
-  return execute(statement, reinterpret_cast<SQLCHAR*>(own.data()), static_cast<SQLINTEGER>(own.size()));
+// Those that the program sets are numbers.
+SQLRETURN SQL_API SQLSetConnectAttrW(SQLHDBC connection, SQLINTEGER attribute, SQLPOINTER value,
+                                     SQLINTEGER length) {
+  return real<decltype(&SQLSetConnectAttr)>("SQLSetConnectAttr")(connection, attribute, value, length);
 }
+
+SQLRETURN SQL_API SQLSetStmtAttrW(SQLHSTMT statement, SQLINTEGER attribute, SQLPOINTER value,
+                                  SQLINTEGER length) {
+  return real<decltype(&SQLSetStmtAttr)>("SQLSetStmtAttr")(statement, attribute, value, length);
+}
+
+SQLRETURN SQL_API SQLGetInfoW(SQLHDBC connection, SQLUSMALLINT information, SQLPOINTER value,
+                              SQLSMALLINT size, SQLSMALLINT* length) {
+  const auto getInfo = real<decltype(&SQLGetInfo)>("SQLGetInfo");
+  if (!isText(information)) return getInfo(connection, information, value, size, length);
+  Narrow text{};
+  const SQLRETURN result =
+      getInfo(connection, information, text.data(), static_cast<SQLSMALLINT>(text.size()), nullptr);
+  if (!SQL_SUCCEEDED(result)) return result;
+  // Both lengths are in bytes here.
+  const std::size_t width = sizeof(SQLWCHAR);
+  const SQLRETURN given = give(textIn(text), value, static_cast<std::size_t>(size) / width, length);
+  if (length != nullptr) *length = static_cast<SQLSMALLINT>(static_cast<std::size_t>(*length) * width);
+  return given;
+}
+
+SQLRETURN SQL_API SQLExecDirectW(SQLHSTMT statement, SQLWCHAR* text, SQLINTEGER length) {
+  std::string own = trelvin::test::sqliteStatement(utf8Of(text, length));
+  return real<decltype(&SQLExecDirect)>("SQLExecDirect")(statement, reinterpret_cast<SQLCHAR*>(own.data()),
+                                                         static_cast<SQLINTEGER>(own.size()));
+}
+
+SQLRETURN SQL_API SQLDescribeColW(SQLHSTMT statement, SQLUSMALLINT column, SQLWCHAR* name, SQLSMALLINT size,
+                                  SQLSMALLINT* length, SQLSMALLINT* type, SQLULEN* columnSize,
+                                  SQLSMALLINT* decimals, SQLSMALLINT* nullable) {
+  Narrow own{};
+  const SQLRETURN result = real<decltype(&SQLDescribeCol)>("SQLDescribeCol")(
+      statement, column, own.data(), static_cast<SQLSMALLINT>(own.size()), nullptr, type, columnSize,
+      decimals, nullable);
+  if (!SQL_SUCCEEDED(result)) return result;
+  if (type != nullptr) *type = wideType(*type);
+  return give(textIn(own), name, static_cast<std::size_t>(size), length);
+}
+
+// What the manager asks for the reason of a failure, and keeps: SQLite's driver tells it once only.
+SQLRETURN SQL_API SQLErrorW(SQLHENV environment, SQLHDBC connection, SQLHSTMT statement, SQLWCHAR* state,
+                            SQLINTEGER* native, SQLWCHAR* text, SQLSMALLINT size, SQLSMALLINT* length) {
+  std::array<SQLCHAR, SQL_SQLSTATE_SIZE + 1> ownState{};
+  Narrow own{};
+  const SQLRETURN result =
+      real<decltype(&SQLError)>("SQLError")(environment, connection, statement, ownState.data(), native,
+                                            own.data(), static_cast<SQLSMALLINT>(own.size()), nullptr);
+  if (!SQL_SUCCEEDED(result)) return result;
+  std::copy(ownState.begin(), ownState.end(), state);
+  return give(textIn(own), text, static_cast<std::size_t>(size), length);
+}
+
+SQLRETURN SQL_API SQLFetchScroll(SQLHSTMT statement, SQLSMALLINT orientation, SQLLEN offset) {
+  readings.erase(statement);
+  return real<decltype(&SQLFetchScroll)>("SQLFetchScroll")(statement, orientation, offset);
+}
+
+// One-byte text is refused: on Windows it would be in the characters of a code page.
+SQLRETURN SQL_API SQLGetData(SQLHSTMT statement, SQLUSMALLINT column, SQLSMALLINT form, SQLPOINTER buffer,
+                             SQLLEN size, SQLLEN* length) {
+  if (form == SQL_C_CHAR) return SQL_ERROR;
+  if (form != SQL_C_WCHAR)
+    return real<decltype(&SQLGetData)>("SQLGetData")(statement, column, form, buffer, size, length);
+  Reading& reading = readings[statement];
+  if (reading.column != column) {
+    reading = {.column = column};
+    if (!readWhole(statement, reading)) return SQL_ERROR;
+  }
+  return givePiece(reading, buffer, size, length);
+}
+
+}  // extern "C"

@@ -3,17 +3,19 @@
 #include <array>
 #include <charconv>
 #include <cstdint>
-#include <cstring>
 #include <limits>
 #include <optional>
 #include <string>
+#include <utility>
+
+#include "platform/shared/odbc/driver_text.h"
 
 namespace trelvin {
 
 namespace {
 
-// Reads into a buffer of the caller's. Returns what the driver says about the length, with SQL_NULL_DATA for
-// Null; `more` tells whether the buffer was too small.
+// Reads into a buffer of the caller's of so many bytes. Returns what the driver says about the length, in
+// bytes too, with SQL_NULL_DATA for Null; `more` tells whether the buffer was too small.
 SQLLEN getData(const CellSource& source, SQLSMALLINT form, SQLPOINTER buffer, std::size_t size, bool* more) {
   SQLLEN length = 0;
   const SQLRETURN result =
@@ -23,30 +25,30 @@ SQLLEN getData(const CellSource& source, SQLSMALLINT form, SQLPOINTER buffer, st
   return length;
 }
 
-// What did not fit at first. The driver ends each piece with a NUL and does not split a character between
-// two.
-void appendRest(const CellSource& source, SQLLEN total, std::string& text) {
+// What did not fit at first. The driver ends each piece with a NUL. A character may begin in one piece and
+// end in the next.
+void appendRest(const CellSource& source, SQLLEN total, DriverString& text) {
   constexpr std::size_t kPiece = 65536;
+  const std::size_t whole = total == SQL_NO_TOTAL ? 0 : static_cast<std::size_t>(total) / sizeof(SQLTCHAR);
   bool more = true;
   while (more) {
-    const bool known = total != SQL_NO_TOTAL && static_cast<std::size_t>(total) > text.size();
     const std::size_t start = text.size();
-    text.resize(start + (known ? static_cast<std::size_t>(total) - start : kPiece) + 1);
-    const std::size_t size = text.size() - start;
-    getData(source, SQL_C_CHAR, text.data() + start, size, &more);
-    text.resize(start + strnlen(text.data() + start, size));
+    const std::size_t size = (whole > start ? whole - start : kPiece) + 1;
+    text.resize(start + size);
+    getData(source, SQL_C_TCHAR, text.data() + start, size * sizeof(SQLTCHAR), &more);
+    text.resize(start + lengthWithin(text.data() + start, size));
   }
 }
 
 std::optional<std::string> readText(const CellSource& source) {
   // Long enough for nearly all of what the metabase holds, so that most fields cost one call.
-  std::array<char, 1024> first;
+  std::array<DriverChar, 1024> first;
   bool more = false;
-  const SQLLEN length = getData(source, SQL_C_CHAR, first.data(), first.size(), &more);
+  const SQLLEN length = getData(source, SQL_C_TCHAR, first.data(), sizeof first, &more);
   if (length == SQL_NULL_DATA) return std::nullopt;
-  std::string text(first.data(), strnlen(first.data(), first.size()));
+  DriverString text(first.data(), lengthWithin(first.data(), first.size()));
   if (more) appendRest(source, length, text);
-  return text;
+  return programText(std::move(text));
 }
 
 Value wholeNumber(std::int64_t number) {

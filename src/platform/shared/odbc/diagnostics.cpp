@@ -6,6 +6,7 @@
 #include <string_view>
 
 #include "core/text.h"
+#include "platform/shared/odbc/driver_text.h"
 
 namespace trelvin {
 
@@ -41,18 +42,15 @@ std::string readable(std::string_view text, SQLINTEGER native) {
 
 // The first record: the one that drivers put the cause into.
 Diagnostic diagnosticOf(SQLSMALLINT handleType, SQLHANDLE handle) {
-  std::array<SQLCHAR, SQL_SQLSTATE_SIZE + 1> state{};
+  std::array<SQLTCHAR, SQL_SQLSTATE_SIZE + 1> state{};
   SQLINTEGER native = 0;
-  std::string text(SQL_MAX_MESSAGE_LENGTH, '\0');
+  std::array<SQLTCHAR, SQL_MAX_MESSAGE_LENGTH> text{};
   SQLSMALLINT length = 0;
-  const SQLRETURN result =
-      SQLGetDiagRec(handleType, handle, 1, state.data(), &native, reinterpret_cast<SQLCHAR*>(text.data()),
-                    static_cast<SQLSMALLINT>(text.size()), &length);
+  const SQLRETURN result = SQLGetDiagRec(handleType, handle, 1, state.data(), &native, text.data(),
+                                         static_cast<SQLSMALLINT>(text.size()), &length);
   if (!SQL_SUCCEEDED(result))
     return {.state = "", .native = 0, .text = "The database driver gave no reason."};
-  text.resize(text.find('\0') == std::string::npos ? text.size() : text.find('\0'));
-  return {
-      .state = reinterpret_cast<const char*>(state.data()), .native = native, .text = readable(text, native)};
+  return {.state = textIn(state), .native = native, .text = readable(textIn(text), native)};
 }
 
 std::int32_t numberOfState(std::string_view state) {

@@ -1,20 +1,11 @@
-// ODBC's own headers, as each system wants them. For the sources of this folder; no other file includes it.
+// ODBC as the sources of this folder call it; no other file includes it. The calls go by their names without
+// an ending, and text is made of SQLTCHAR: both become what the system's drivers understand by system_odbc.h,
+// which each system has in its own folder.
 #pragma once
 
-#ifdef _WIN32
-#ifndef NOMINMAX
-#define NOMINMAX
-#endif
-#ifndef WIN32_LEAN_AND_MEAN
-#define WIN32_LEAN_AND_MEAN
-#endif
-#include <windows.h>
-#endif
-
-#include <sql.h>
-#include <sqlext.h>
-
 #include <cstdint>
+
+#include "system_odbc.h"
 
 namespace trelvin {
 

@@ -4,6 +4,7 @@
 #include <utility>
 
 #include "core/err.h"
+#include "platform/shared/odbc/driver_text.h"
 #include "platform/shared/odbc/odbc_connection.h"
 #include "platform/shared/odbc/odbc_record_set.h"
 #include "platform/shared/odbc/session.h"
@@ -13,7 +14,7 @@ namespace trelvin {
 namespace {
 
 // Longer than any name that a manager keeps.
-using NameBuffer = std::array<SQLCHAR, 1024>;
+using NameBuffer = std::array<SQLTCHAR, 1024>;
 
 std::vector<std::string> dataSourcesOf(const OdbcEnvironment& environment) {
   std::vector<std::string> names;
@@ -27,7 +28,7 @@ std::vector<std::string> dataSourcesOf(const OdbcEnvironment& environment) {
         environment.handle(), direction, name.data(), static_cast<SQLSMALLINT>(name.size()), &length,
         description.data(), static_cast<SQLSMALLINT>(description.size()), &descriptionLength);
     if (!SQL_SUCCEEDED(result)) return names;
-    names.emplace_back(reinterpret_cast<const char*>(name.data()));
+    names.push_back(textIn(name));
     direction = SQL_FETCH_NEXT;
   }
 }

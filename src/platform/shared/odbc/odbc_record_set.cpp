@@ -6,6 +6,7 @@
 #include "core/err.h"
 #include "core/text.h"
 #include "platform/shared/odbc/cell.h"
+#include "platform/shared/odbc/driver_text.h"
 #include "platform/shared/odbc/odbc_connection.h"
 
 namespace trelvin {
@@ -56,7 +57,7 @@ void OdbcRecordSet::describeColumns() {
   SQLSMALLINT count = 0;
   checkStatement(SQLNumResultCols(statement_.get(), &count), statement_.get(), driver_);
   for (SQLSMALLINT number = 1; number <= count; ++number) {
-    std::array<SQLCHAR, 256> name{};
+    std::array<SQLTCHAR, 256> name{};
     SQLSMALLINT length = 0;
     Column column;
     SQLULEN size = 0;
@@ -66,7 +67,7 @@ void OdbcRecordSet::describeColumns() {
                                   static_cast<SQLSMALLINT>(name.size()), &length, &column.type, &size,
                                   &decimals, &nullable),
                    statement_.get(), driver_);
-    column.name = reinterpret_cast<const char*>(name.data());
+    column.name = textIn(name);
     columns_.push_back(std::move(column));
   }
 }

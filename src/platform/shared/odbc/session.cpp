@@ -7,6 +7,7 @@
 
 #include "core/text.h"
 #include "platform/shared/odbc/connection_string.h"
+#include "platform/shared/odbc/driver_text.h"
 
 namespace trelvin {
 
@@ -15,17 +16,13 @@ namespace {
 // ADO's own time-out. A server that does not answer must not hold an unattended run for good.
 constexpr std::uintptr_t kLoginSeconds = 15;
 
-SQLCHAR* mutableText(std::string& text) {
-  return reinterpret_cast<SQLCHAR*>(text.data());
-}
-
 // The product's name of itself; empty when it gives none.
 std::string productOf(SQLHANDLE connection) {
-  std::array<SQLCHAR, 64> name{};
+  std::array<SQLTCHAR, 64> name{};
   SQLSMALLINT length = 0;
-  const auto size = static_cast<SQLSMALLINT>(name.size());
+  const auto size = static_cast<SQLSMALLINT>(sizeof name);  // in bytes, whatever a character has
   if (!SQL_SUCCEEDED(SQLGetInfo(connection, SQL_DBMS_NAME, name.data(), size, &length))) return {};
-  return reinterpret_cast<const char*>(name.data());
+  return textIn(name);
 }
 
 // What has to be said to a server first, so that it takes statements as the others do.
@@ -86,9 +83,9 @@ OdbcSession::~OdbcSession() {
 void OdbcSession::connect(const DriverConnection& target) {
   // A driver without this time-out has its own.
   SQLSetConnectAttr(connection_.get(), SQL_ATTR_LOGIN_TIMEOUT, asPointer(kLoginSeconds), 0);
-  std::string text = driverManagerString(target.connectionString);
-  const SQLRETURN result = SQLDriverConnect(connection_.get(), nullptr, mutableText(text), SQL_NTS, nullptr,
-                                            0, nullptr, SQL_DRIVER_NOPROMPT);
+  DriverString text = driverText(driverManagerString(target.connectionString));
+  const SQLRETURN result = SQLDriverConnect(connection_.get(), nullptr, buffer(text), SQL_NTS, nullptr, 0,
+                                            nullptr, SQL_DRIVER_NOPROMPT);
   if (!SQL_SUCCEEDED(result)) {
     throw openFailure(target, connectionFailure(SQL_HANDLE_DBC, connection_.get()).description());
   }
@@ -110,8 +107,8 @@ void OdbcSession::execute(std::string_view sql) {
 }
 
 bool executeOn(SQLHANDLE statement, std::string_view sql, DriverKind driver) {
-  std::string text(sql);
-  return checkStatement(SQLExecDirect(statement, mutableText(text), static_cast<SQLINTEGER>(text.size())),
+  DriverString text = driverText(sql);
+  return checkStatement(SQLExecDirect(statement, buffer(text), static_cast<SQLINTEGER>(text.size())),
                         statement, driver);
 }
 

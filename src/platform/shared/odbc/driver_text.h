@@ -1,0 +1,41 @@
+// Text on its way to the driver manager and back: UTF-8 on the program's side, SQLTCHAR on the other.
+#pragma once
+
+#include <array>
+#include <cstddef>
+#include <string>
+#include <string_view>
+#include <type_traits>
+
+#include "platform/shared/odbc/odbc_api.h"
+
+namespace trelvin {
+
+// What strings are made of for text of SQLTCHAR.
+using DriverChar = std::conditional_t<std::is_same_v<SQLTCHAR, SQLCHAR>, char, wchar_t>;
+using DriverString = std::basic_string<DriverChar>;
+static_assert(sizeof(DriverChar) == sizeof(SQLTCHAR));
+
+DriverString driverText(std::string_view text);
+// Half of a wide character alone, as a foreign database may have it, becomes U+FFFD.
+std::string programText(DriverString text);
+
+// Text for a call that wants to be able to write into it.
+inline SQLTCHAR* buffer(DriverString& text) {
+  return reinterpret_cast<SQLTCHAR*>(text.data());
+}
+
+// The length of a text in a buffer: up to its NUL, or all of it.
+inline std::size_t lengthWithin(const DriverChar* text, std::size_t size) {
+  const DriverChar* const end = std::char_traits<DriverChar>::find(text, size, DriverChar());
+  return end == nullptr ? size : static_cast<std::size_t>(end - text);
+}
+
+// The text that a call has left in a buffer.
+template <std::size_t kSize>
+std::string textIn(const std::array<SQLTCHAR, kSize>& filled) {
+  const auto* text = reinterpret_cast<const DriverChar*>(filled.data());
+  return programText(DriverString(text, lengthWithin(text, kSize)));
+}
+
+}  // namespace trelvin

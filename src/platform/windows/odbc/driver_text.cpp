@@ -1,0 +1,15 @@
+#include "platform/shared/odbc/driver_text.h"
+
+#include "platform/windows/wide_text.h"
+
+namespace trelvin {
+
+DriverString driverText(std::string_view text) {
+  return wideText(text);
+}
+
+std::string programText(DriverString text) {
+  return utf8Text(text);
+}
+
+}  // namespace trelvin
