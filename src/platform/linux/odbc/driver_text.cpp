@@ -6,8 +6,8 @@ DriverString driverText(std::string_view text) {
   return DriverString(text);
 }
 
-std::string programText(DriverString text) {
-  return text;
+std::string programText(DriverView text) {
+  return std::string(text);
 }
 
 }  // namespace trelvin

@@ -36,7 +36,7 @@ void appendRest(const CellSource& source, SQLLEN total, DriverString& text) {
     const std::size_t size = (whole > start ? whole - start : kPiece) + 1;
     text.resize(start + size);
     getData(source, SQL_C_TCHAR, text.data() + start, size * sizeof(SQLTCHAR), &more);
-    text.resize(start + lengthWithin(text.data() + start, size));
+    text.resize(start + textWithin(text.data() + start, size).size());
   }
 }
 
@@ -46,9 +46,11 @@ std::optional<std::string> readText(const CellSource& source) {
   bool more = false;
   const SQLLEN length = getData(source, SQL_C_TCHAR, first.data(), sizeof first, &more);
   if (length == SQL_NULL_DATA) return std::nullopt;
-  DriverString text(first.data(), lengthWithin(first.data(), first.size()));
-  if (more) appendRest(source, length, text);
-  return programText(std::move(text));
+  const DriverView start = textWithin(first.data(), first.size());
+  if (!more) return programText(start);
+  DriverString text(start);
+  appendRest(source, length, text);
+  return programText(text);
 }
 
 Value wholeNumber(std::int64_t number) {

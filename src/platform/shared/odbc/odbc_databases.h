@@ -1,5 +1,5 @@
 // Databases through ODBC, for every machine that has a driver manager. Texts are UTF-8 on the way in and out,
-// whatever the driver wants them in; one that is read ends at its first NUL.
+// whatever the driver wants them in, and hold no NUL.
 //
 // Kinds of fields: whole numbers are longs, those beyond 32 bits doubles, truth values Booleans, moments and
 // days dates; everything else is text, of any length.

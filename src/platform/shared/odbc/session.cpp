@@ -34,8 +34,9 @@ std::string_view settingsFor(std::string_view product) {
     return "SET SESSION sql_mode = CONCAT(@@SESSION.sql_mode, ',NO_BACKSLASH_ESCAPES'), "
            "SESSION max_sort_length = 65536, SESSION sort_buffer_size = 16777216";
   }
-  // Its driver takes texts to be in the character set of the locale.
-  if (containsIgnoringCase(product, "PostgreSQL")) return "SET client_encoding = 'UTF8'";
+  // Its driver takes texts of one byte a character to be in the character set of the locale. For wide ones it
+  // agrees with the server by itself, and to say another thing would spoil them.
+  if (!kWideCalls && containsIgnoringCase(product, "PostgreSQL")) return "SET client_encoding = 'UTF8'";
   return {};
 }
 
@@ -84,8 +85,8 @@ void OdbcSession::connect(const DriverConnection& target) {
   // A driver without this time-out has its own.
   SQLSetConnectAttr(connection_.get(), SQL_ATTR_LOGIN_TIMEOUT, asPointer(kLoginSeconds), 0);
   DriverString text = driverText(driverManagerString(target.connectionString));
-  const SQLRETURN result = SQLDriverConnect(connection_.get(), nullptr, buffer(text), SQL_NTS, nullptr, 0,
-                                            nullptr, SQL_DRIVER_NOPROMPT);
+  const SQLRETURN result = SQLDriverConnect(connection_.get(), nullptr, mutableText(text), SQL_NTS, nullptr,
+                                            0, nullptr, SQL_DRIVER_NOPROMPT);
   if (!SQL_SUCCEEDED(result)) {
     throw openFailure(target, connectionFailure(SQL_HANDLE_DBC, connection_.get()).description());
   }
@@ -108,7 +109,7 @@ void OdbcSession::execute(std::string_view sql) {
 
 bool executeOn(SQLHANDLE statement, std::string_view sql, DriverKind driver) {
   DriverString text = driverText(sql);
-  return checkStatement(SQLExecDirect(statement, buffer(text), static_cast<SQLINTEGER>(text.size())),
+  return checkStatement(SQLExecDirect(statement, mutableText(text), static_cast<SQLINTEGER>(text.size())),
                         statement, driver);
 }
 

@@ -8,7 +8,7 @@ DriverString driverText(std::string_view text) {
   return wideText(text);
 }
 
-std::string programText(DriverString text) {
+std::string programText(DriverView text) {
   return utf8Text(text);
 }
 
