@@ -1,5 +1,6 @@
 #include "desktop/touches.h"
 
+#include <algorithm>
 #include <utility>
 
 namespace trelvin::desktop {
@@ -10,6 +11,11 @@ void Touches::post(const Control& control, Touch touch) {
 
 void Touches::postAlways(Touch touch) {
   waiting_.push_back({nullptr, std::move(touch)});
+}
+
+bool Touches::areWaitingFor(const Control& control) const {
+  return std::any_of(waiting_.begin(), waiting_.end(),
+                     [&control](const Waiting& each) { return each.control == &control; });
 }
 
 void Touches::runAll() {

@@ -24,6 +24,8 @@ class Touches {
   void postAlways(Touch touch);
 
   [[nodiscard]] bool isEmpty() const { return waiting_.empty(); }
+  // Whether there are any for that control. What the screen shows of it is newer than its state then.
+  [[nodiscard]] bool areWaitingFor(const Control& control) const;
   // Carries out all in their order, those too that are noted meanwhile.
   void runAll();
   // A box has come up in front of the windows: what was meant for their controls is not meant any more.

@@ -90,6 +90,18 @@ TEST_F(TouchesTest, ATimerThatWasStoppedMeanwhileDoesNotTick) {
   EXPECT_THAT(done, IsEmpty());
 }
 
+TEST_F(TouchesTest, TellsForWhichControlsThereAreStillSome) {
+  std::vector<bool> seen;
+  list.onClick = [&] { seen.push_back(touches.areWaitingFor(list)); };
+  postChoice(touches, list, {0}, 0);
+  postChoice(touches, list, {1}, 1);
+  EXPECT_TRUE(touches.areWaitingFor(list));
+  EXPECT_FALSE(touches.areWaitingFor(button));
+  touches.runAll();
+  EXPECT_THAT(seen, ElementsAre(true, false)) << "that in hand is none of those that wait";
+  EXPECT_FALSE(touches.areWaitingFor(list));
+}
+
 TEST_F(TouchesTest, AChoiceAmongEntriesThatAreOthersByNowIsDropped) {
   postChoice(touches, list, {1}, 1);
   list.addItem("c");  // behind those that the person saw

@@ -2,7 +2,9 @@
 #include <QAbstractItemView>
 #include <QCheckBox>
 #include <QComboBox>
+#include <QCoreApplication>
 #include <QGroupBox>
+#include <QKeyEvent>
 #include <QLabel>
 #include <QLineEdit>
 #include <QListView>
@@ -13,11 +15,13 @@
 #include <QRadioButton>
 #include <QScrollBar>
 #include <QTabBar>
+#include <utility>
 
 #include "core/main_window.h"
 #include "core/run_state.h"
 #include "desktop/qt/texts.h"
 #include "desktop_qt/desktop_test.h"
+#include "platform/platform.h"
 #include "window/frm_main.h"
 
 namespace trelvin::test {
@@ -189,6 +193,35 @@ TEST_F(TouchingTest, ASiteIsMarkedByAClickAndUnmarkedByAnother) {
   EXPECT_EQ(frmMain.lstSites.selCount(), 1);
   EXPECT_TRUE(frmMain.lstSites.selected(0));
   EXPECT_EQ(model.index(1, 0).data(Qt::CheckStateRole).toInt(), Qt::Unchecked);
+}
+
+// Who marks quickly must not lose what he has marked while the first site's details are read.
+TEST_F(TouchingTest, MarksThatComeWhileAnEarlierOneIsDealtWithStay) {
+  frmMain.lstSites.onClick = nullptr;
+  frmMain.lstSites.clear();
+  for (const char* each : {"Shop", "News", "Mail"}) frmMain.lstSites.addItem(each);
+  person.look();
+  auto& list = Person::see<QListView>("lstSites");
+  list.setCurrentIndex(list.model()->index(0, 0));
+  list.clearSelection();
+  list.setFocus();
+  person.look();
+  const auto post = [&list](std::initializer_list<Qt::Key> keys) {
+    for (const Qt::Key each : keys) {
+      const QString text = each == Qt::Key_Space ? " " : "";
+      QCoreApplication::postEvent(&list, new QKeyEvent(QEvent::KeyPress, each, Qt::NoModifier, text));
+    }
+  };
+  bool isFirst = true;
+  frmMain.lstSites.onClick = [&] {
+    if (!std::exchange(isFirst, false)) return;
+    post({Qt::Key_Down, Qt::Key_Space});
+    platform().events->doEvents();
+  };
+  post({Qt::Key_Space, Qt::Key_Down, Qt::Key_Space});
+  person.look();
+  EXPECT_EQ(frmMain.lstSites.selCount(), 3);
+  EXPECT_EQ(list.selectionModel()->selectedRows().size(), 3);
 }
 
 TEST_F(TouchingTest, AChangeOfTheSelectionRunsTheRoutineOnceHoweverManyEntriesItTakes) {

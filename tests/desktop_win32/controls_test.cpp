@@ -1,6 +1,8 @@
 #include <array>
+#include <utility>
 
 #include "desktop_win32/desktop_win32_test.h"
+#include "platform/platform.h"
 #include "platform/windows/wide_text.h"
 #include "window/frm_main.h"
 // clang-format off
@@ -266,6 +268,37 @@ TEST_F(ControlsTest, KeysReachTheRoutinesOfAList) {
   hand.key(VK_DELETE);
   EXPECT_THAT(pressed, ElementsAre(key::kBackspace));
   EXPECT_THAT(released, ElementsAre(key::kBackspace, key::kDelete));
+}
+
+TEST_F(ControlsTest, TheSpaceBarMarksTheEntryInHandOnce) {
+  fill(frmMain.lstSites, {"Shop", "News"});
+  count(frmMain.lstSites);
+  hand.focus(main("lstSites"));
+  hand.key(VK_DOWN);
+  hand.key(VK_SPACE);
+  EXPECT_FALSE(frmMain.lstSites.selected(0));
+  EXPECT_TRUE(frmMain.lstSites.selected(1));
+  EXPECT_THAT(clicked, ElementsAre("lstSites"));
+}
+
+// Who marks quickly must not lose what he has marked while the first site's details are read.
+TEST_F(ControlsTest, MarksThatComeWhileAnEarlierOneIsDealtWithStay) {
+  fill(frmMain.lstSites, {"Shop", "News", "Mail"});
+  const auto post = [](std::initializer_list<WPARAM> keys) {
+    for (const WPARAM each : keys) PostMessageW(main("lstSites"), WM_KEYDOWN, each, 1);
+  };
+  bool isFirst = true;
+  frmMain.lstSites.onClick = [&] {
+    if (!std::exchange(isFirst, false)) return;
+    post({VK_DOWN, VK_SPACE});
+    platform().events->doEvents();
+  };
+  hand.focus(main("lstSites"));
+  post({VK_SPACE});
+  post({VK_DOWN, VK_SPACE});
+  hand.look();
+  EXPECT_EQ(frmMain.lstSites.selCount(), 3);
+  EXPECT_EQ(SendMessageW(main("lstSites"), LB_GETSELCOUNT, 0, 0), 3);
 }
 
 TEST_F(ControlsTest, ADropDownShowsAndTakesAChoice) {

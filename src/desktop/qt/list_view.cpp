@@ -196,21 +196,24 @@ void ListBoxView::draw() {
   WidgetView::draw();
   if (revision_ == list_.revision()) return;
   isDrawing_ = true;
-  drawEntries();
-  drawSelection();
+  // Marks that have come since would be wiped out.
+  if (drawEntries() || !touches_.areWaitingFor(list_)) {
+    drawSelection();
+    revision_ = list_.revision();
+  }
   isDrawing_ = false;
-  revision_ = list_.revision();
 }
 
-void ListBoxView::drawEntries() {
+bool ListBoxView::drawEntries() {
   const int current = box_.currentIndex().row();
   const int scrolled = box_.verticalScrollBar()->value();
-  if (model_.update() != EntriesModel::Change::kRewritten) return;
+  if (model_.update() != EntriesModel::Change::kRewritten) return false;
   inHand_ = -1;
   // The place in the list stays where the person had it.
   const int place = std::min(current, model_.rowCount() - 1);
   if (place >= 0) box_.selectionModel()->setCurrentIndex(model_.index(place), QItemSelectionModel::NoUpdate);
   box_.verticalScrollBar()->setValue(scrolled);
+  return true;
 }
 
 void ListBoxView::drawSelection() {

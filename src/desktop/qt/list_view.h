@@ -39,7 +39,7 @@ class ListBoxView final : public WidgetView {
   class Box;
   ListBoxView(ListControl& list, const Place& place, Desk& desk, Box& box);
   void passChoiceOn();
-  void drawEntries();
+  bool drawEntries();  // whether any was written anew that had been there
   void drawSelection();
 
   ListControl& list_;

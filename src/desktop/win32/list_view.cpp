@@ -101,7 +101,6 @@ int ListBoxView::leastHeight(int /*width*/) const {
 void ListBoxView::draw() {
   ControlView::draw();
   if (revision_ == list().revision()) return;
-  revision_ = list().revision();
   const Undrawn undrawn(handle());
   const LRESULT top = send(LB_GETTOPINDEX);
   const LRESULT caret = send(LB_GETCARETINDEX);
@@ -113,8 +112,11 @@ void ListBoxView::draw() {
       send(LB_SETCARETINDEX, static_cast<WPARAM>(std::min(caret, last)), FALSE);
     }
     send(LB_SETTOPINDEX, static_cast<WPARAM>(std::max<LRESULT>(0, std::min(top, last))));
+  } else if (pane().touches().areWaitingFor(list())) {
+    return;  // else the marks that have come since would be wiped out
   }
   drawSelection();
+  revision_ = list().revision();
 }
 
 void ListBoxView::drawSelection() {
@@ -138,6 +140,17 @@ void ListBoxView::drawSelection() {
 void ListBoxView::hearCommand(int notification) {
   if (notification == LBN_SELCHANGE) passChoiceOn();
   if (notification == LBN_DBLCLK) postDoubleClick(pane().touches(), list());
+}
+
+// Wine marks an entry by the space bar without a word of it. To hear of it twice, as on Windows, changes
+// nothing.
+std::optional<LRESULT> ListBoxView::receive(UINT message, WPARAM first, LPARAM second) {
+  if (message != WM_KEYDOWN || first != VK_SPACE || !list().isMultiple()) {
+    return EntriesView::receive(message, first, second);
+  }
+  const LRESULT result = DefSubclassProc(handle(), message, first, second);
+  passChoiceOn();
+  return result;
 }
 
 std::vector<std::int32_t> ListBoxView::drawnSelection() const {
@@ -216,6 +229,7 @@ void DropDownView::draw() {
   ControlView::draw();
   const LRESULT before = send(CB_GETCOUNT);
   if (drawEntries() || before != list().listCount()) pane().isOutOfPlace = true;
+  if (pane().touches().areWaitingFor(list())) return;
   if (send(CB_GETCURSEL) != list().listIndex()) send(CB_SETCURSEL, static_cast<WPARAM>(list().listIndex()));
 }
 

@@ -47,6 +47,9 @@ class ListBoxView final : public EntriesView {
   bool pressReturn() override;
   [[nodiscard]] std::string tipAt(POINT place) const override;
 
+ protected:
+  std::optional<LRESULT> receive(UINT message, WPARAM first, LPARAM second) override;
+
  private:
   [[nodiscard]] int entryHeight() const;
   void refresh();
