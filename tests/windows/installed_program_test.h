@@ -35,6 +35,7 @@ class InstalledProgramTest : public testing::Test {
   // A job of WEB1's first site or, for the source "Database", of the first one that is stored.
   static std::string jobText(const std::string& from, const std::string& to);
 
+  [[nodiscard]] const std::filesystem::path& programFolder() const { return program_; }
   [[nodiscard]] std::filesystem::path inProgram(std::string_view name) const { return program_ / name; }
   // What the program has logged so far; nothing while there is no log.
   [[nodiscard]] std::string log() const;

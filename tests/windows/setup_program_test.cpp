@@ -152,7 +152,7 @@ TEST_F(SetupProgramTest, OneThatCanNotBeMadeIsNamedAndTheOthersAreMade) {
 }
 
 TEST_F(SetupProgramTest, AFolderThatMayNotBeWrittenIntoIsTold) {
-  fs::permissions(inProgram(""), fs::perms::owner_write | fs::perms::group_write | fs::perms::others_write,
+  fs::permissions(programFolder(), fs::perms::owner_write | fs::perms::group_write | fs::perms::others_write,
                   fs::perm_options::remove);
   const HANDLE tried = ::CreateFileW(inProgram("tried").c_str(), GENERIC_WRITE, 0, nullptr, CREATE_NEW,
                                      FILE_FLAG_DELETE_ON_CLOSE, nullptr);

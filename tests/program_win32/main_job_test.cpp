@@ -1,0 +1,165 @@
+// The job that the program is there for, as a person does it with Trelvin.exe.
+#include "desktop_win32/hand.h"
+#include "program_win32/screen_test.h"
+#include "window/frm_main.h"
+#include "window/frm_splash.h"
+
+namespace trelvin::test {
+namespace {
+
+using ::testing::AllOf;
+using ::testing::ElementsAre;
+using ::testing::Ge;
+using ::testing::HasSubstr;
+using ::testing::Lt;
+using ::testing::SizeIs;
+
+using Texts = std::vector<std::string>;
+
+class MainJobTest : public ScreenTest {
+ protected:
+  void listWeb1ByMouse() {
+    person().click(main("txtImportServer"));
+    ASSERT_TRUE(waitForFocus("txtImportServer"));
+    person().keys("Home shift+End", mainWindow());
+    person().type("WEB1", mainWindow());
+    ASSERT_TRUE(Person::waitFor([this] { return text("txtImportServer") == "WEB1"; }));
+    person().click(main("cmdPopulate"));
+  }
+  void chooseDatabaseByMouse() {
+    person().clickTab(main("TabExportType"), 1);
+    ASSERT_TRUE(Person::waitFor([this] { return Person::canReach(main("cmdExportFile")); }));
+  }
+  // Past the warning.
+  void exportToDatabaseByMouse() {
+    person().click(main("cmdExportFile"));
+    ASSERT_TRUE(waitForBox("You are about to export web sites"));
+    person().clickInBox(IDOK);
+  }
+  [[nodiscard]] Texts storedSites() const {
+    return column(inProgram("TrelvinData.mdb"), "SELECT SiteName AS a FROM Sites ORDER BY ID");
+  }
+  [[nodiscard]] Texts storedPaths() const {
+    return column(inProgram("TrelvinData.mdb"),
+                  "SELECT StringValue AS a FROM Data WHERE Name = 'Path' ORDER BY ID");
+  }
+};
+
+TEST_F(MainJobTest, ASiteGoesIntoTheDatabaseByMouse) {
+  startProgram("");
+  ASSERT_TRUE(Person::waitFor([this] { return Person::canReach(person().see(frmSplash, "cmdContinue")); }));
+  person().click(person().see(frmSplash, "cmdContinue"));
+  ASSERT_TRUE(Person::waitFor([this] { return Person::canReach(main("cmdPopulate")); }));
+  EXPECT_EQ(person().window(frmSplash.caption), nullptr);
+  EXPECT_EQ(text("StatusBar1"), "Ready");
+
+  listWeb1ByMouse();
+  ASSERT_TRUE(waitForEntries("lstSites", {"Bob's shop", "News"}));
+  person().clickEntry(main("lstSites"), 0);
+  ASSERT_TRUE(waitForEntries("lstFolders", {"/ROOT", "/ROOT/images"}));
+  person().clickEntry(main("lstDirectories"), 1, true);
+  ASSERT_TRUE(Person::waitFor([this] { return person().window("Directory configuration") != nullptr; }));
+  const HWND question = person().window("Directory configuration");
+  person().keys("Home shift+End", question);
+  person().type("E:\\images", question);
+  person().keys("Return", question);
+  ASSERT_TRUE(waitForEntries("lstDirectories", {"C:\\site", "E:\\images"}));
+
+  chooseDatabaseByMouse();
+  exportToDatabaseByMouse();
+  ASSERT_TRUE(waitForBox("Done!"));
+  person().clickInBox(IDOK);
+  ASSERT_TRUE(waitForNoBox());
+  EXPECT_EQ(text("StatusBar1"), "Ready");
+  EXPECT_EQ(text("cmdExportFile"), "Exp&ort");
+  EXPECT_EQ(entries("lstOutput").back(), "Done!");
+
+  person().clickClose(mainWindow());
+  expectEndInOrder();
+  EXPECT_THAT(log(), HasSubstr("Exporting to file"));
+  EXPECT_THAT(storedSites(), ElementsAre("Bob's shop"));
+  EXPECT_THAT(storedPaths(), ElementsAre("C:\\site", "E:\\images"));
+}
+
+TEST_F(MainJobTest, ASiteGoesIntoTheDatabaseByTheKeysAlone) {
+  startProgram("");
+  ASSERT_TRUE(Person::waitFor([this] { return person().window(frmSplash.caption) != nullptr; }));
+  person().keys("alt+c", person().window(frmSplash.caption));
+  ASSERT_TRUE(waitForFocus("TabImportType"));
+
+  person().keys("alt+v", mainWindow());
+  ASSERT_TRUE(waitForFocus("txtImportServer"));
+  person().keys("Home shift+End", mainWindow());
+  person().type("WEB1", mainWindow());
+  ASSERT_TRUE(Person::waitFor([this] { return text("txtImportServer") == "WEB1"; }));
+  person().keys("Tab", mainWindow());
+  ASSERT_TRUE(waitForFocus("lstIMIISVer"));
+  person().keys("Down Down", mainWindow());
+  ASSERT_TRUE(Person::waitFor([this] { return SendMessageW(main("lstIMIISVer"), CB_GETCURSEL, 0, 0) == 2; }));
+  person().keys("alt+l", mainWindow());
+  ASSERT_TRUE(waitForEntries("lstSites", {"Bob's shop", "News"}));
+
+  person().keys("alt+b", mainWindow());
+  ASSERT_TRUE(waitForFocus("lstSites"));
+  person().keys("End space", mainWindow());
+  ASSERT_TRUE(waitForEntries("lstDirectories", {"C:\\site", "D:\\images"}));
+  EXPECT_EQ(SendMessageW(main("lstSites"), LB_GETSEL, 1, 0), 1);
+
+  // The strip of the export has no key of its own; it stands before the box for the server.
+  person().keys("alt+p", mainWindow());
+  ASSERT_TRUE(waitForFocus("txtExportServer"));
+  person().keys("shift+Tab", mainWindow());
+  ASSERT_TRUE(waitForFocus("TabExportType"));
+  person().keys("Right", mainWindow());
+  ASSERT_TRUE(Person::waitFor([this] { return Person::canReach(main("cmdExportFile")); }));
+  person().keys("alt+o", mainWindow());
+  ASSERT_TRUE(waitForBox("You are about to export web sites"));
+  person().keys("Return", person().window("Trelvin"));
+  ASSERT_TRUE(waitForBox("Done!"));
+  person().keys("Return", person().window("Trelvin"));
+  ASSERT_TRUE(waitForNoBox());
+
+  person().keys("alt+f x", mainWindow());
+  expectEndInOrder();
+  EXPECT_THAT(storedSites(), ElementsAre("News"));
+}
+
+TEST_F(MainJobTest, ARunThatIsAbortedEndsBeforeItsNextSite) {
+  constexpr int kSites = 40;
+  std::string sites;
+  Texts names;
+  for (int i = 1; i <= kSites; ++i) {
+    const int number = 100 + i;  // of three digits, as they are listed in the order of their texts
+    names.push_back("Site " + std::to_string(number));
+    sites += webSite(number, names.back());
+  }
+  addServer("WEB1", sites);
+  openProgram();
+  listWeb1ByMouse();
+  ASSERT_TRUE(waitForEntries("lstSites", names));
+  person().clickEntry(main("lstSites"), 0);
+  ASSERT_TRUE(waitForEntries("lstFolders", {"/ROOT", "/ROOT/images"}));
+  std::string marks;
+  for (int i = 1; i < kSites; ++i) marks += "Down space ";
+  person().keys(marks, mainWindow());
+  ASSERT_TRUE(
+      Person::waitFor([this] { return SendMessageW(main("lstSites"), LB_GETSELCOUNT, 0, 0) == kSites; }));
+
+  chooseDatabaseByMouse();
+  exportToDatabaseByMouse();
+  ASSERT_TRUE(Person::waitFor([this] {
+    const std::string status = text("StatusBar1");
+    return status.starts_with("Exporting site (") && !status.starts_with("Exporting site (1 ");
+  }));
+  EXPECT_EQ(text("cmdExportFile"), "Ab&ort");
+  person().click(main("cmdExportFile"));
+  ASSERT_TRUE(Person::waitFor([this] { return text("cmdExportFile") == "Exp&ort"; }));
+  ASSERT_TRUE(Person::waitFor([this] { return entries("lstOutput").back() == "Transfer aborted"; }));
+
+  person().clickClose(mainWindow());
+  expectEndInOrder();
+  EXPECT_THAT(storedSites(), SizeIs(AllOf(Ge(2), Lt(kSites))));
+}
+
+}  // namespace
+}  // namespace trelvin::test
