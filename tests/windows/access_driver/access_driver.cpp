@@ -80,7 +80,7 @@ SQLSMALLINT wideType(SQLSMALLINT type) {
 
 // A field that is read in pieces.
 struct Reading {
-  SQLUSMALLINT column = 0;
+  SQLUSMALLINT column = 0;         // counted from 1
   std::optional<WideText> text{};  // nothing for Null
   std::size_t given = 0;           // characters so far
   bool done = false;
@@ -206,9 +206,11 @@ SQLRETURN SQL_API SQLGetData(SQLHSTMT statement, SQLUSMALLINT column, SQLSMALLIN
   if (form == SQL_C_CHAR) return SQL_ERROR;
   if (form != SQL_C_WCHAR)
     return real<decltype(&SQLGetData)>("SQLGetData")(statement, column, form, buffer, size, length);
+  const auto former = readings.find(statement);
+  if (former != readings.end() && former->second.column != column) readings.erase(former);
   Reading& reading = readings[statement];
-  if (reading.column != column) {
-    reading = {.column = column};
+  if (reading.column == 0) {
+    reading.column = column;
     if (!readWhole(statement, reading)) return SQL_ERROR;
   }
   return givePiece(reading, buffer, size, length);
