@@ -153,8 +153,9 @@ class TextBoxView final : public KindView<TextBox> {
   [[nodiscard]] int leastWidth() const override {
     return characters_ * pane().characterWidth() + pane().pixels(10);
   }
+  // Windows writes at the upper edge, whatever the height, and doesn't enlarge the edge with the text.
   [[nodiscard]] int leastHeight(int /*width*/) const override {
-    return pane().lineHeight() + pane().pixels(8);
+    return pane().lineHeight() + 2 * GetSystemMetrics(SM_CYEDGE) + pane().pixels(4);
   }
   // No routine hangs on it, so that it need not wait for its turn.
   void hearCommand(int notification) override {
