@@ -43,9 +43,34 @@ std::string connectionString(const std::string& path) {
   return "DBQ=" + path + ";Driver={" + utf8Text(kDriver) + "};ExtendedAnsiSQL=1;";
 }
 
+// What is told is UTF-8. The console stays with whoever has started the program from it.
+class ConsoleInUtf8 {
+ public:
+  ConsoleInUtf8() { ::SetConsoleOutputCP(CP_UTF8); }
+  ConsoleInUtf8(const ConsoleInUtf8&) = delete;
+  ConsoleInUtf8& operator=(const ConsoleInUtf8&) = delete;
+  ~ConsoleInUtf8() { ::SetConsoleOutputCP(former_); }
+
+ private:
+  UINT former_ = ::GetConsoleOutputCP();
+};
+
+// A console that was opened for this program alone, as by a double-click, goes with it, and so would all that
+// was told. One that nobody sees is never waited at.
+void waitForReader() {
+  DWORD process = 0;
+  DWORD mode = 0;
+  const bool isOurs =
+      ::GetConsoleProcessList(&process, 1) == 1 && ::IsWindowVisible(::GetConsoleWindow()) != FALSE;
+  if (!isOurs || ::GetConsoleMode(::GetStdHandle(STD_INPUT_HANDLE), &mode) == FALSE) return;
+  std::cout << "Press Enter to close this window." << std::endl;
+  std::cin.get();
+}
+
 }  // namespace
 
 int main() {
+  const ConsoleInUtf8 console;
   const std::unique_ptr<FileSystem> files = makeFileSystem();
   const std::unique_ptr<Databases> databases =
       makeOdbcDatabases([](std::string_view text) { return std::string(text); });
@@ -56,5 +81,6 @@ int main() {
                                   .connectionString = connectionString},
                                  std::cout);
   std::cout << (done ? "Trelvin is ready." : "Trelvin can't run yet.") << std::endl;
+  waitForReader();
   return done ? 0 : 1;
 }

@@ -22,6 +22,8 @@ InstalledProgramTest::InstalledProgramTest(std::wstring_view programFolder)
     : program_(folder_.path() / programFolder) {
   fs::copy(TRELVIN_PROGRAM_FOLDER, program_, fs::copy_options::recursive);
   folder_.makeFolder("work");
+  // The registry is that of all tests.
+  ::RegDeleteTreeW(HKEY_LOCAL_MACHINE, L"Software\\Morvane");
   addServer("WEB1", webSite(1, "Bob's shop"));
   addServer("WEB2", "");
 }

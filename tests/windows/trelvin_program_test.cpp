@@ -79,23 +79,6 @@ TEST_F(TrelvinProgramTest, WithoutASettingsDatabaseNoJobRunsAndTheStatusTellsSo)
   EXPECT_FALSE(folder_.has("program/BackupJobs"));
 }
 
-TEST_F(TrelvinProgramTest, TheFileBringsIconManifestAndVersionAlong) {
-  const fs::path program = folder_ / "program" / "Trelvin.exe";
-  const HMODULE image = ::LoadLibraryExW(program.c_str(), nullptr, LOAD_LIBRARY_AS_DATAFILE);
-  ASSERT_NE(image, nullptr);
-  EXPECT_NE(::FindResourceW(image, MAKEINTRESOURCEW(1), reinterpret_cast<LPCWSTR>(RT_GROUP_ICON)), nullptr);
-  EXPECT_NE(::FindResourceW(image, MAKEINTRESOURCEW(1), reinterpret_cast<LPCWSTR>(RT_MANIFEST)), nullptr);
-  ::FreeLibrary(image);
-  DWORD ignored = 0;
-  std::vector<char> info(::GetFileVersionInfoSizeW(program.c_str(), &ignored));
-  ASSERT_TRUE(::GetFileVersionInfoW(program.c_str(), 0, static_cast<DWORD>(info.size()), info.data()));
-  void* found = nullptr;
-  UINT length = 0;
-  ASSERT_TRUE(::VerQueryValueW(info.data(), L"\\", &found, &length));
-  const auto* version = static_cast<const VS_FIXEDFILEINFO*>(found);
-  EXPECT_EQ(version->dwFileVersionMS, DWORD{MAKELONG(TRELVIN_VERSION_MINOR, TRELVIN_VERSION_MAJOR)});
-}
-
 TEST_F(TrelvinProgramTest, TheProgramOpensNoConsoleAndNeedsNothingThatWindowsDoesNotBring) {
   const std::string bytes = folder_.read("program/Trelvin.exe");
   IMAGE_DOS_HEADER start{};
