@@ -1,5 +1,6 @@
 // The job that the program is there for, as a person does it with Trelvin.exe.
 #include "desktop_win32/hand.h"
+#include "platform/windows/wide_text.h"
 #include "program_win32/screen_test.h"
 #include "window/frm_main.h"
 #include "window/frm_splash.h"
@@ -8,6 +9,7 @@ namespace trelvin::test {
 namespace {
 
 using ::testing::AllOf;
+using ::testing::Contains;
 using ::testing::ElementsAre;
 using ::testing::Ge;
 using ::testing::HasSubstr;
@@ -18,23 +20,42 @@ using Texts = std::vector<std::string>;
 
 class MainJobTest : public ScreenTest {
  protected:
-  void listWeb1ByMouse() {
-    person().click(main("txtImportServer"));
-    ASSERT_TRUE(waitForFocus("txtImportServer"));
+  void typeByMouse(const std::string& textBox, const std::string& wanted) {
+    person().click(main(textBox));
+    ASSERT_TRUE(waitForFocus(textBox));
     person().keys("Home shift+End", mainWindow());
-    person().type("WEB1", mainWindow());
-    ASSERT_TRUE(Person::waitFor([this] { return text("txtImportServer") == "WEB1"; }));
+    person().type(wanted, mainWindow());
+    ASSERT_TRUE(Person::waitFor([&] { return text(textBox) == wanted; }));
+  }
+  void chooseIis6(const std::string& dropDown) {
+    person().click(main(dropDown));
+    ASSERT_TRUE(
+        Person::waitFor([&] { return SendMessageW(main(dropDown), CB_GETDROPPEDSTATE, 0, 0) != FALSE; }));
+    person().keys("Down Down Return", mainWindow());
+    ASSERT_TRUE(Person::waitFor([&] { return SendMessageW(main(dropDown), CB_GETCURSEL, 0, 0) == 2; }));
+  }
+  void listWeb1ByMouse() {
+    typeByMouse("txtImportServer", "WEB1");
     person().click(main("cmdPopulate"));
+  }
+  void selectFirstByMouse() {
+    person().clickEntry(main("lstSites"), 0);
+    ASSERT_TRUE(waitForEntries("lstFolders", {"/ROOT", "/ROOT/images"}));
   }
   void chooseDatabaseByMouse() {
     person().clickTab(main("TabExportType"), 1);
     ASSERT_TRUE(Person::waitFor([this] { return Person::canReach(main("cmdExportFile")); }));
   }
   // Past the warning.
-  void exportToDatabaseByMouse() {
-    person().click(main("cmdExportFile"));
+  void exportByMouse(const std::string& button) {
+    person().click(main(button));
     ASSERT_TRUE(waitForBox("You are about to export web sites"));
     person().clickInBox(IDOK);
+  }
+  void waitUntilDone() {
+    ASSERT_TRUE(waitForBox("Done!"));
+    person().clickInBox(IDOK);
+    ASSERT_TRUE(waitForNoBox());
   }
   [[nodiscard]] Texts storedSites() const {
     return column(inProgram("TrelvinData.mdb"), "SELECT SiteName AS a FROM Sites ORDER BY ID");
@@ -55,8 +76,7 @@ TEST_F(MainJobTest, ASiteGoesIntoTheDatabaseByMouse) {
 
   listWeb1ByMouse();
   ASSERT_TRUE(waitForEntries("lstSites", {"Bob's shop", "News"}));
-  person().clickEntry(main("lstSites"), 0);
-  ASSERT_TRUE(waitForEntries("lstFolders", {"/ROOT", "/ROOT/images"}));
+  selectFirstByMouse();
   person().clickEntry(main("lstDirectories"), 1, true);
   ASSERT_TRUE(Person::waitFor([this] { return person().window("Directory configuration") != nullptr; }));
   const HWND question = person().window("Directory configuration");
@@ -66,10 +86,8 @@ TEST_F(MainJobTest, ASiteGoesIntoTheDatabaseByMouse) {
   ASSERT_TRUE(waitForEntries("lstDirectories", {"C:\\site", "E:\\images"}));
 
   chooseDatabaseByMouse();
-  exportToDatabaseByMouse();
-  ASSERT_TRUE(waitForBox("Done!"));
-  person().clickInBox(IDOK);
-  ASSERT_TRUE(waitForNoBox());
+  exportByMouse("cmdExportFile");
+  waitUntilDone();
   EXPECT_EQ(text("StatusBar1"), "Ready");
   EXPECT_EQ(text("cmdExportFile"), "Exp&ort");
   EXPECT_EQ(entries("lstOutput").back(), "Done!");
@@ -124,41 +142,101 @@ TEST_F(MainJobTest, ASiteGoesIntoTheDatabaseByTheKeysAlone) {
   EXPECT_THAT(storedSites(), ElementsAre("News"));
 }
 
-TEST_F(MainJobTest, ARunThatIsAbortedEndsBeforeItsNextSite) {
-  constexpr int kSites = 40;
-  std::string sites;
-  Texts names;
-  for (int i = 1; i <= kSites; ++i) {
-    const int number = 100 + i;  // of three digits, as they are listed in the order of their texts
-    names.push_back("Site " + std::to_string(number));
-    sites += webSite(number, names.back());
-  }
-  addServer("WEB1", sites);
+TEST_F(MainJobTest, ASiteGoesFromServerToServerByMouse) {
+  openProgram();
+  chooseIis6("lstIMIISVer");
+  listWeb1ByMouse();
+  ASSERT_TRUE(waitForEntries("lstSites", {"Bob's shop", "News"}));
+  selectFirstByMouse();
+  typeByMouse("txtExportServer", "WEB2");
+  chooseIis6("lstEXIISVer");
+  exportByMouse("cmdExportServer");
+  waitUntilDone();
+  EXPECT_EQ(text("StatusBar1"), "Ready");
+
+  person().clickClose(mainWindow());
+  expectEndInOrder();
+  EXPECT_EQ(propertyOf("IIS://WEB2/W3SVC/1", "ServerComment"), "Bob's shop");
+  EXPECT_EQ(propertyOf("IIS://WEB2/W3SVC/1/ROOT/images", "Path"), "D:\\images");
+}
+
+TEST_F(MainJobTest, AJobThatIsSavedInTheWindowRunsUnattended) {
   openProgram();
   listWeb1ByMouse();
-  ASSERT_TRUE(waitForEntries("lstSites", names));
-  person().clickEntry(main("lstSites"), 0);
-  ASSERT_TRUE(waitForEntries("lstFolders", {"/ROOT", "/ROOT/images"}));
-  std::string marks;
-  for (int i = 1; i < kSites; ++i) marks += "Down space ";
-  person().keys(marks, mainWindow());
-  ASSERT_TRUE(
-      Person::waitFor([this] { return SendMessageW(main("lstSites"), LB_GETSELCOUNT, 0, 0) == kSites; }));
-
+  ASSERT_TRUE(waitForEntries("lstSites", {"Bob's shop", "News"}));
+  selectFirstByMouse();
   chooseDatabaseByMouse();
-  exportToDatabaseByMouse();
-  ASSERT_TRUE(Person::waitFor([this] {
-    const std::string status = text("StatusBar1");
-    return status.starts_with("Exporting site (") && !status.starts_with("Exporting site (1 ");
-  }));
+  person().keys("alt+f s", mainWindow());
+  ASSERT_TRUE(Person::waitFor([this] { return person().window("Save Backup Job") != nullptr; }));
+  const HWND chooser = person().window("Save Backup Job");
+  const std::string job = utf8Text(inProgram("night.job").wstring());
+  person().keys("Home shift+End", chooser);
+  person().type(job, chooser);
+  person().keys("Return", chooser);
+  ASSERT_TRUE(Person::waitFor([this] { return person().window("Save Backup Job") == nullptr; }));
+  person().clickClose(mainWindow());
+  expectEndInOrder();
+
+  const Outcome outcome = start("-RUNBACKUP -B " + job)->outcome();
+  EXPECT_EQ(outcome.status, 0U);
+  EXPECT_THAT(outcome.output, Contains("Done!"));
+  EXPECT_THAT(column(databaseOfRun(), "SELECT SiteName AS a FROM Sites"), ElementsAre("Bob's shop"));
+}
+
+// A run into the database that takes its time.
+class LongRunTest : public MainJobTest {
+ protected:
+  static constexpr int kSites = 40;
+
+  LongRunTest() {
+    std::string sites;
+    for (int i = 1; i <= kSites; ++i) {
+      const int number = 100 + i;  // of three digits, as they are listed in the order of their texts
+      names_.push_back("Site " + std::to_string(number));
+      sites += webSite(number, names_.back());
+    }
+    addServer("WEB1", sites);
+  }
+  // Until the first site is done.
+  void startRun() {
+    openProgram();
+    listWeb1ByMouse();
+    ASSERT_TRUE(waitForEntries("lstSites", names_));
+    selectFirstByMouse();
+    std::string marks;
+    for (int i = 1; i < kSites; ++i) marks += "Down space ";
+    person().keys(marks, mainWindow());
+    ASSERT_TRUE(
+        Person::waitFor([this] { return SendMessageW(main("lstSites"), LB_GETSELCOUNT, 0, 0) == kSites; }));
+    chooseDatabaseByMouse();
+    exportByMouse("cmdExportFile");
+    ASSERT_TRUE(Person::waitFor([this] {
+      const std::string status = text("StatusBar1");
+      return status.starts_with("Exporting site (") && !status.starts_with("Exporting site (1 ");
+    }));
+  }
+  void expectSomeStored() const { EXPECT_THAT(storedSites(), SizeIs(AllOf(Ge(2), Lt(kSites)))); }
+
+ private:
+  Texts names_;
+};
+
+TEST_F(LongRunTest, AbortedItEndsBeforeItsNextSite) {
+  startRun();
   EXPECT_EQ(text("cmdExportFile"), "Ab&ort");
   person().click(main("cmdExportFile"));
   ASSERT_TRUE(Person::waitFor([this] { return text("cmdExportFile") == "Exp&ort"; }));
   ASSERT_TRUE(Person::waitFor([this] { return entries("lstOutput").back() == "Transfer aborted"; }));
-
   person().clickClose(mainWindow());
   expectEndInOrder();
-  EXPECT_THAT(storedSites(), SizeIs(AllOf(Ge(2), Lt(kSites))));
+  expectSomeStored();
+}
+
+TEST_F(LongRunTest, ItEndsInOrderWithItsWindow) {
+  startRun();
+  person().clickClose(mainWindow());
+  expectEndInOrder();
+  expectSomeStored();
 }
 
 }  // namespace

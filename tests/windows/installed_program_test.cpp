@@ -1,5 +1,7 @@
 #include "windows/installed_program_test.h"
 
+#include <stdexcept>
+
 #include "fakes/windows/directory_service.h"
 #include "platform/shared/odbc/odbc_databases.h"
 #include "platform/windows/wide_text.h"
@@ -73,6 +75,13 @@ std::string InstalledProgramTest::jobText(const std::string& from, const std::st
 
 std::string InstalledProgramTest::log() const {
   return folder_.has("work/Trelvin.log") ? folder_.read("work/Trelvin.log") : std::string();
+}
+
+fs::path InstalledProgramTest::databaseOfRun() const {
+  for (const auto& entry : fs::directory_iterator(inProgram("BackupJobs"))) {
+    if (entry.path().extension() == ".mdb") return entry.path();
+  }
+  throw std::runtime_error("the run made no database");
 }
 
 std::string InstalledProgramTest::connectionTo(const fs::path& database) {

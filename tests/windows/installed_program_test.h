@@ -40,6 +40,8 @@ class InstalledProgramTest : public testing::Test {
   // What the program has logged so far; nothing while there is no log.
   [[nodiscard]] std::string log() const;
 
+  // The database that a job has made for itself. Throws when there is none.
+  [[nodiscard]] std::filesystem::path databaseOfRun() const;
   static std::string connectionTo(const std::filesystem::path& database);
   // The column that a query calls a.
   static std::vector<std::string> column(const std::filesystem::path& database, const std::string& sql);

@@ -3,9 +3,7 @@
 #include <gtest/gtest.h>
 
 #include <cstring>
-#include <stdexcept>
 #include <string>
-#include <vector>
 
 #include "windows/installed_program_test.h"
 
@@ -22,16 +20,7 @@ using ::testing::IsEmpty;
 using ::testing::Not;
 using ::testing::StartsWith;
 
-class TrelvinProgramTest : public InstalledProgramTest {
- protected:
-  // The database that a job has made for itself.
-  [[nodiscard]] fs::path databaseOfRun() const {
-    for (const auto& entry : fs::directory_iterator(inProgram("BackupJobs"))) {
-      if (entry.path().extension() == ".mdb") return entry.path();
-    }
-    throw std::runtime_error("the run made no database");
-  }
-};
+class TrelvinProgramTest : public InstalledProgramTest {};
 
 TEST_F(TrelvinProgramTest, AJobFromServerToServerMakesItsSiteThere) {
   const Outcome outcome = runJob(jobText("WEB1", "WEB2"));
