@@ -5,6 +5,7 @@
 #include <sys/stat.h>
 #include <unistd.h>
 
+#include <algorithm>
 #include <array>
 #include <cerrno>
 
@@ -62,20 +63,7 @@ class Reader {
   std::string_view rest_;
 };
 
-std::size_t lengthOf(const Commit& commit) {
-  constexpr std::size_t kFixed = 32;  // at the most, of numbers and marks for each change and each value
-  std::size_t length = kFixed;
-  for (const NodeChange& change : commit) {
-    length += kFixed + change.location.size() + (change.keyType ? change.keyType->size() : 0);
-    for (const ValueChange& value : change.values)
-      length += kFixed + value.property.size() + (value.text ? value.text->size() : 0);
-  }
-  return length;
-}
-
-std::string contentOf(const Commit& commit) {
-  std::string content;
-  content.reserve(lengthOf(commit));
+void putCommit(std::string& content, const Commit& commit) {
   content += kCommitRecord;
   put(content, static_cast<std::uint32_t>(commit.size()));
   for (const NodeChange& change : commit) {
@@ -90,7 +78,6 @@ std::string contentOf(const Commit& commit) {
       if (value.text) putText(content, *value.text);
     }
   }
-  return content;
 }
 
 NodeChange changeFrom(Reader& reader) {
@@ -159,10 +146,23 @@ std::optional<std::string_view> recordAt(std::string_view bytes, std::size_t at)
   return fingerprintOf(content) == fingerprint ? std::optional(content) : std::nullopt;
 }
 
+// Where the length of a record stands, or will stand; nought at the end of the file.
+std::uint32_t lengthAt(std::string_view bytes, std::size_t at) {
+  if (bytes.size() < at + sizeof(std::uint32_t)) return 0;
+  return Reader(bytes.substr(at)).number<std::uint32_t>();
+}
+
+// The same in the file.
+std::uint32_t lengthAt(const Descriptor& file, std::uint64_t at) {
+  std::array<char, sizeof(std::uint32_t)> bytes{};
+  const ssize_t count = ::pread(file.get(), bytes.data(), bytes.size(), static_cast<off_t>(at));
+  return lengthAt({bytes.data(), static_cast<std::size_t>(std::max<ssize_t>(count, 0))}, 0);
+}
+
 // A bad record with a good one behind it was not torn by a dying process.
 bool isTail(std::string_view bytes, std::size_t at) {
   if (bytes.size() - at < kRecordHead) return true;
-  const auto length = Reader(bytes.substr(at)).number<std::uint32_t>();
+  const std::uint32_t length = lengthAt(bytes, at);
   const std::size_t next = at + kRecordHead + length;
   return length == 0 || next >= bytes.size() || !recordAt(bytes, next);
 }
@@ -220,79 +220,84 @@ JournalContent readJournal(const std::string& path, const FileState& file) {
     damaged(path, result.length);
   }
   if (!isTail(bytes, result.length)) damaged(path, result.length);
+  result.next = lengthAt(bytes, result.length);
   if (!replay.isMeantForTheFile()) waitsForAnother(path);
   result.commits = replay.commits();
   return result;
 }
 
+bool isStillAsRead(const std::string& path, const JournalContent& read) {
+  const std::optional<FileIdentity> now = identityOf(path);
+  if (!now || !read.identity) return now.has_value() == read.identity.has_value();
+  return now->sameContentAs(*read.identity) &&
+         lengthAt(openMetabaseFile(path, O_RDONLY), read.length) == read.next;
+}
+
 Journal::Journal(std::string path, const FileState& file, const JournalContent& read)
     : path_(std::move(path)),
-      file_(openMetabaseFile(path_, O_RDWR | O_APPEND | (read.identity ? 0 : O_CREAT), S_IRUSR | S_IWUSR)) {
+      file_(openMetabaseFile(path_, O_RDWR | O_APPEND | (read.identity ? 0 : O_CREAT), S_IRUSR | S_IWUSR),
+            path_) {
   const auto busy = [&] {
     return Failure(kPathBusyResult,
                    path_ + " is in use: another program is changing this metabase. Try again later.");
   };
-  if (::flock(file_.get(), LOCK_EX | LOCK_NB) != 0) throw busy();
-  const FileIdentity held = identityOfOpen(file_);
+  if (::flock(file_.file().get(), LOCK_EX | LOCK_NB) != 0) throw busy();
+  const FileIdentity held = identityOfOpen(file_.file());
   const std::optional<FileIdentity> named = identityOf(path_);
   // Whoever held it before may have written on, or removed it, while it was being opened.
   const bool sameFile = named && named->inode == held.inode && named->device == held.device;
-  const bool asRead = read.identity ? held.sameContentAs(*read.identity) : held.size == 0;
+  const bool asRead =
+      read.identity ? held.sameContentAs(*read.identity) && lengthAt(file_.file(), read.length) == read.next
+                    : held.size == 0;
   if (!sameFile || !asRead) throw busy();
   if (read.commits.empty()) {
     begin(file);
   } else {
-    length_ = read.length;
-    if (::ftruncate(file_.get(), static_cast<off_t>(length_)) != 0) failFromSystem("written", path_);
+    file_.cutTo(read.length);
   }
 }
 
 void Journal::begin(const FileState& file) {
-  const std::string header = headerFor(file);
   try {
-    if (::ftruncate(file_.get(), 0) != 0) failFromSystem("written", path_);
-    writeWhole(file_, header, path_);
+    file_.cutTo(0);
+    file_.append(headerFor(file));
   } catch (const Failure&) {
     ::unlink(path_.c_str());
     throw;
   }
-  length_ = header.size();
 }
 
-void Journal::appendRecord(std::string_view content) {
-  std::string record;
-  record.reserve(kRecordHead + content.size());
-  put(record, static_cast<std::uint32_t>(content.size()));
-  put(record, fingerprintOf(content));
-  record += content;
-  try {
-    writeWhole(file_, record, path_);
-  } catch (const Failure&) {
-    static_cast<void>(!::ftruncate(file_.get(), static_cast<off_t>(length_)));
-    throw;
-  }
-  length_ += record.size();
+// The head goes in front of the content, which record_ holds behind the place for it.
+void Journal::appendRecord() {
+  const std::string_view content = std::string_view(record_).substr(kRecordHead);
+  std::string head;
+  put(head, static_cast<std::uint32_t>(content.size()));
+  put(head, fingerprintOf(content));
+  record_.replace(0, kRecordHead, head);
+  file_.append(record_);
 }
 
 bool Journal::isEmpty() const {
-  return length_ <= kHeaderSize;
+  return length() <= kHeaderSize;
 }
 
 void Journal::append(const Commit& commit) {
-  appendRecord(contentOf(commit));
+  record_.assign(kRecordHead, '\0');
+  putCommit(record_, commit);
+  appendRecord();
 }
 
 void Journal::appendCheckpoint(const FileState& next) {
-  std::string content(1, kCheckpointRecord);
-  putState(content, next);
-  appendRecord(content);
-  if (::fdatasync(file_.get()) != 0) failFromSystem("written", path_);
+  record_.assign(kRecordHead, '\0');
+  record_ += kCheckpointRecord;
+  putState(record_, next);
+  appendRecord();
+  file_.sync();
 }
 
 void Journal::remove() {
   removeFile(path_);
   syncFolderOf(path_);
-  length_ = 0;
 }
 
 }  // namespace trelvin

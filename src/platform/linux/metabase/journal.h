@@ -10,7 +10,8 @@
 // in 4 bytes, fingerprint of the content in 8, content. The content's first byte tells a commit ('C') from a
 // checkpoint ('P'), the size and fingerprint of a new metabase file that holds everything up to there and was
 // about to take the old one's place. A record that is incomplete at the end of the file was being written
-// when its process died; it never happened.
+// when its process died; it never happened. Zeros behind the last record are room for the next ones, and a
+// record's length is what is written last of it.
 #pragma once
 
 #include <cstdint>
@@ -19,6 +20,7 @@
 #include <string_view>
 #include <vector>
 
+#include "appended_file.h"
 #include "change.h"
 #include "disk.h"
 
@@ -35,11 +37,16 @@ struct FileState {
 struct JournalContent {
   std::vector<Commit> commits;           // still to be applied to that file, in order
   std::uint64_t length = 0;              // bytes up to the end of the last whole record
+  std::uint32_t next = 0;                // what stands behind it where the next one's length goes
   std::optional<FileIdentity> identity;  // nothing when there is no journal
 };
 
 // 0x800CC819 when the journal is damaged before its end, or waits for another content of the metabase file.
 JournalContent readJournal(const std::string& path, const FileState& file);
+
+// Whether there is still what was read. A file that has room for more records doesn't show by its size or its
+// times that one was added.
+bool isStillAsRead(const std::string& path, const JournalContent& read);
 
 std::string journalPathOf(const std::string& metabasePath);
 
@@ -57,16 +64,16 @@ class Journal {
   // The metabase file holds everything.
   void remove();
 
-  [[nodiscard]] std::uint64_t length() const { return length_; }
+  [[nodiscard]] std::uint64_t length() const { return file_.length(); }
   [[nodiscard]] bool isEmpty() const;
 
  private:
   void begin(const FileState& file);
-  void appendRecord(std::string_view content);
+  void appendRecord();
 
   std::string path_;
-  Descriptor file_;
-  std::uint64_t length_ = 0;
+  AppendedFile file_;
+  std::string record_;  // the one in hand, kept so that not every commit needs memory anew
 };
 
 }  // namespace trelvin

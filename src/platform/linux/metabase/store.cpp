@@ -41,11 +41,9 @@ Commit durablePart(const Commit& commit, const Schema& schema) {
 
 }  // namespace
 
+// One that we write is ours alone.
 bool MetabaseStore::journalIsUnchanged() const {
-  if (journal_ != nullptr) return true;  // it is ours alone
-  const std::optional<FileIdentity> now = identityOf(journalPath_);
-  if (!now || !found_.identity) return now.has_value() == found_.identity.has_value();
-  return now->sameContentAs(*found_.identity);
+  return journal_ != nullptr || isStillAsRead(journalPath_, found_);
 }
 
 // A file that was merely touched or copied back holds what it held.
