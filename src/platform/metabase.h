@@ -6,11 +6,34 @@
 #include <memory>
 #include <string>
 #include <string_view>
+#include <utility>
 #include <vector>
 
 #include "core/value.h"
 
 namespace trelvin {
+
+// Names that never change once they were given. A copy is the same names and not new ones, so that it costs
+// next to nothing to take, to keep and to compare with another copy.
+class NameList {
+ public:
+  using value_type = std::string;
+  using const_iterator = std::vector<std::string>::const_iterator;
+
+  NameList() : NameList(std::vector<std::string>()) {}
+  NameList(std::vector<std::string> names)  // NOLINT(google-explicit-constructor)
+      : names_(std::make_shared<const std::vector<std::string>>(std::move(names))) {}
+
+  [[nodiscard]] const_iterator begin() const { return names_->begin(); }
+  [[nodiscard]] const_iterator end() const { return names_->end(); }
+  [[nodiscard]] std::size_t size() const { return names_->size(); }
+  [[nodiscard]] bool empty() const { return names_->empty(); }
+  [[nodiscard]] const std::vector<std::string>& texts() const { return *names_; }
+  bool operator==(const NameList& other) const { return names_ == other.names_ || *names_ == *other.names_; }
+
+ private:
+  std::shared_ptr<const std::vector<std::string>> names_;
+};
 
 class MetabaseNode;
 // A handle on a bound node. Binding anew gives a new handle; the old one stays valid.
@@ -36,8 +59,8 @@ class MetabaseNode {
 
   // Of a schema class object: names of the class's properties, in schema order. 0x80005006 on any other
   // object.
-  [[nodiscard]] virtual std::vector<std::string> mandatoryProperties() const = 0;
-  [[nodiscard]] virtual std::vector<std::string> optionalProperties() const = 0;
+  [[nodiscard]] virtual NameList mandatoryProperties() const = 0;
+  [[nodiscard]] virtual NameList optionalProperties() const = 0;
 
   // The value set here, else inherited from the nearest node above, else the schema's default.
   // 0x80005006 when the node's class does not have the property. Types: text 8, number 3, flag or truth value

@@ -47,7 +47,8 @@ class ServerToServerRun {
   void replaceSite();
   void buildStructure(std::int32_t index);
   void readSchema();
-  void addNames(const std::vector<std::string>& names, const char* failure);
+  void addNames(const NameList& names, const char* failure);
+  static void addNamesAndTell(const NameList& names);
   static void finishPropertyList();
 
   void transferProperties(std::int32_t index);
@@ -67,8 +68,9 @@ class ServerToServerRun {
   NodeHandle oSource_;
   NodeHandle oSchema_;
   std::string sSchemaPath_;
-  std::vector<std::string> mandatory_;
-  std::vector<std::string> optional_;
+  NameList mandatory_;
+  NameList optional_;
+  TreeNames names_;
   std::vector<std::string> paths_;
   // Counter of the loops over new bindings; see the warning of a corrupt metabase.
   Value bindingCounter_;
@@ -241,7 +243,7 @@ void ServerToServerRun::buildStructure(std::int32_t index) {
   attempt([&] { oSite_ = getObject(frmMain.lstSiteIndexes.list(index)); });
   debugFailure("Failed to connect to the web site");
   const std::string number = std::to_string(iSiteNumber_);
-  attempt([&] { copyTreeToServer(oSite_, number, number); });
+  attempt([&] { copyTreeToServer(oSite_, number, number, names_); });
   removeDuplicates(frmMain.lstPropsToExport);
   debugFailure("Failed to remove duplicates ");
   readSchema();
@@ -268,14 +270,23 @@ void ServerToServerRun::readSchema() {
   addNames(optional_, "Error occured during enumeration of OProps");
 }
 
-void ServerToServerRun::addNames(const std::vector<std::string>& names, const char* failure) {
+// A debug run tells each name, and later how many there are with those that stand twice.
+void ServerToServerRun::addNames(const NameList& names, const char* failure) {
+  if (run.bDebug) {
+    addNamesAndTell(names);
+  } else {
+    names_.add(names);
+  }
+  debugFailure(failure);
+}
+
+void ServerToServerRun::addNamesAndTell(const NameList& names) {
   const Exclusions exclusions;
   for (const std::string& name : names) {
     if (exclusions.hold(name)) continue;
-    if (run.bDebug) attempt([&] { writeLog("Adding " + name + " to the list"); });
+    attempt([&] { writeLog("Adding " + name + " to the list"); });
     attempt([&] { frmMain.lstPropsToExport.addItem(name); });
   }
-  debugFailure(failure);
 }
 
 void ServerToServerRun::finishPropertyList() {

@@ -36,7 +36,13 @@ bool Exclusions::hold(const std::string& name) const {
 
 namespace {
 
-void addNames(const std::vector<std::string>& names) {
+std::vector<std::string> textsOf(const ListControl& list) {
+  std::vector<std::string> texts;
+  for (std::int32_t i = 0; i < list.listCount(); ++i) texts.push_back(list.list(i));
+  return texts;
+}
+
+void addNames(const NameList& names) {
   const Exclusions exclusions;
   for (const std::string& name : names) {
     if (!exclusions.hold(name)) attempt([&] { frmMain.lstPropsToExport.addItem(name); });
@@ -50,11 +56,26 @@ void addSchemaNames(const NodeHandle& schemaClass) {
   attempt([&] { addNames(bound(schemaClass).optionalProperties()); });
 }
 
-void TreeNames::add(Names names) {
-  if (std::find(added_.begin(), added_.end(), names) != added_.end()) return;
+void TreeNames::begin() {
+  const bool wasFromEmptyList = std::exchange(fromEmptyList_, frmMain.lstPropsToExport.listCount() == 0);
+  const std::uint64_t before = std::exchange(exclusions_, frmMain.lstExclude.revision());
+  if (!fromEmptyList_ || !wasFromEmptyList || before != exclusions_) steps_.clear();
+  taken_ = 0;
+}
+
+void TreeNames::add(const NameList& names) {
+  const auto isOf = [&](const Step& step) { return step.names == names; };
+  const auto taken = steps_.begin() + static_cast<std::ptrdiff_t>(taken_);
+  if (names.empty() || std::any_of(steps_.begin(), taken, isOf)) return;
+  ++taken_;
+  if (taken != steps_.end() && isOf(*taken)) {
+    frmMain.lstPropsToExport.assign(taken->list);
+    return;
+  }
+  steps_.erase(taken, steps_.end());
   addNames(names);
   removeDuplicates(frmMain.lstPropsToExport);
-  added_.push_back(std::move(names));
+  steps_.push_back({names, textsOf(frmMain.lstPropsToExport)});
 }
 
 void TreeNames::collect(const NodeHandle& schemaClass) {

@@ -167,6 +167,7 @@ class TreeLevel {
 void exportSiteTree(const NodeHandle& objParent, const std::string& sParentPath,
                     const std::string& sSiteNumber) {
   TreeNames names;
+  names.begin();
   TreeLevel(sParentPath, sSiteNumber, names).walk(objParent);
 }
 

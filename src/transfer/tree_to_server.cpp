@@ -6,7 +6,6 @@
 #include "metabase/applications.h"
 #include "metabase/paths.h"
 #include "metabase/site_details.h"
-#include "transfer/property_list.h"
 #include "transfer/target_server.h"
 #include "transfer/value_rewriting.h"
 #include "window/frm_main.h"
@@ -138,8 +137,9 @@ class TreeLevel {
 
 }  // namespace
 
-void copyTreeToServer(const NodeHandle& oNode, const std::string& sPath, const std::string& sBase) {
-  TreeNames names;
+void copyTreeToServer(const NodeHandle& oNode, const std::string& sPath, const std::string& sBase,
+                      TreeNames& names) {
+  names.begin();
   TreeLevel(sPath, sBase, names).walk(oNode);
 }
 

@@ -100,6 +100,12 @@ void ListControl::clear() {
   noteRewrite();
 }
 
+void ListControl::assign(const std::vector<std::string>& texts) {
+  clear();
+  entries_.reserve(texts.size());
+  for (const std::string& text : texts) entries_.push_back({text, false});
+}
+
 void ListControl::refresh() {
   run(onRefresh);
 }

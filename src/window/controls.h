@@ -141,6 +141,9 @@ class ListControl : public Control {
   // Fails with 5 where there is no entry.
   void removeItem(std::int32_t index);
   void clear();
+  // The entries become these, in this order, and none is selected. Of a sorted list the caller knows that
+  // they are in order.
+  void assign(const std::vector<std::string>& texts);
   // Shows what has changed; the state is the same before and after.
   void refresh();
 

@@ -18,10 +18,10 @@ class WatchedNode : public MetabaseNode {
     note("enumerate");
     real_->forEachChild([&](const NodeHandle& child) { visit(watched(child)); });
   }
-  [[nodiscard]] std::vector<std::string> mandatoryProperties() const override {
+  [[nodiscard]] NameList mandatoryProperties() const override {
     return note("MandatoryProperties"), real_->mandatoryProperties();
   }
-  [[nodiscard]] std::vector<std::string> optionalProperties() const override {
+  [[nodiscard]] NameList optionalProperties() const override {
     return note("OptionalProperties"), real_->optionalProperties();
   }
   [[nodiscard]] Value get(std::string_view property) const override {

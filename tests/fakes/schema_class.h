@@ -17,10 +17,10 @@ class SchemaClassObject : public MetabaseNode {
   std::int32_t mandatoryFailsWith = 0;
   std::int32_t optionalFailsWith = 0;
 
-  [[nodiscard]] std::vector<std::string> mandatoryProperties() const override {
+  [[nodiscard]] NameList mandatoryProperties() const override {
     return namesOrFailure(mandatory, mandatoryFailsWith);
   }
-  [[nodiscard]] std::vector<std::string> optionalProperties() const override {
+  [[nodiscard]] NameList optionalProperties() const override {
     return namesOrFailure(optional, optionalFailsWith);
   }
 
@@ -44,7 +44,7 @@ class SchemaClassObject : public MetabaseNode {
   void start() override { refuse(); }
 
  private:
-  static std::vector<std::string> namesOrFailure(const std::vector<std::string>& names, std::int32_t number) {
+  static NameList namesOrFailure(const std::vector<std::string>& names, std::int32_t number) {
     if (number != 0) throw Failure(number);
     return names;
   }

@@ -16,7 +16,7 @@ class TheSchema : public MetabaseFileTest {
                          "MajorIIsVersionNumber=\"" + version + "\""));
   }
   std::vector<std::string> propertiesOf(const std::string& name) {
-    return bind("/Schema/" + name)->optionalProperties();
+    return bind("/Schema/" + name)->optionalProperties().texts();
   }
 };
 
@@ -31,7 +31,7 @@ TEST_F(TheSchema, IsBoundByThePathThatANodeGives) {
   EXPECT_EQ(schema->className(), "Class");
   EXPECT_EQ(schema->name(), "IIsWebServer");
   EXPECT_THAT(schema->mandatoryProperties(), IsEmpty());
-  EXPECT_THAT(firstOf(schema->optionalProperties(), 4),
+  EXPECT_THAT(firstOf(schema->optionalProperties().texts(), 4),
               ElementsAre("ContentIndexed", "KeyType", "ServerState", "ServerComment"));
 }
 

@@ -161,6 +161,72 @@ TEST_F(SchemaNames, OfATreeStayOutWhenTheyAreExcluded) {
   EXPECT_THAT(list(), ElementsAre("DefaultDoc"));
 }
 
+// Trees one after the other, as a run goes through its sites.
+class NamesOfTrees : public SchemaNames {
+ protected:
+  void begin() {
+    frmMain.lstPropsToExport.clear();
+    added.clear();
+    names.begin();
+  }
+  void walk(const std::vector<NodeHandle>& classes) {
+    begin();
+    for (const NodeHandle& schemaClass : classes) names.collect(schemaClass);
+  }
+
+  TreeNames names;
+  NodeHandle directory = schemaOf({"KeyType"}, {"Path", "DefaultDoc"});
+  NodeHandle filter = schemaOf({}, {"FilterPath", "KeyType"});
+  NodeHandle server = schemaOf({"KeyType"}, {"ServerComment", "Path"});
+};
+
+TEST_F(NamesOfTrees, AreTheSameForTheSameClassesWithoutBeingAddedAnew) {
+  for (int tree = 0; tree < 3; ++tree) {
+    walk({directory, filter, directory});
+    EXPECT_THAT(list(), ElementsAre("DefaultDoc", "FilterPath", "KeyType", "Path"));
+    EXPECT_EQ(added.empty(), tree > 0);
+  }
+}
+
+TEST_F(NamesOfTrees, AreThoseOfTheirOwnClasses) {
+  walk({directory, filter});
+  walk({directory, server});
+  EXPECT_THAT(list(), ElementsAre("DefaultDoc", "KeyType", "Path", "ServerComment"));
+  walk({server});
+  EXPECT_THAT(list(), ElementsAre("KeyType", "Path", "ServerComment"));
+  walk({server, filter, directory});
+  EXPECT_THAT(list(), ElementsAre("DefaultDoc", "FilterPath", "KeyType", "Path", "ServerComment"));
+  walk({});
+  EXPECT_THAT(list(), ::testing::IsEmpty());
+}
+
+TEST_F(NamesOfTrees, StopAtTheClassesThatAreReached) {
+  walk({directory, filter});
+  walk({directory});
+  EXPECT_THAT(list(), ElementsAre("DefaultDoc", "KeyType", "Path"));
+}
+
+TEST_F(NamesOfTrees, HeedAnExclusionThatCameMeanwhile) {
+  walk({directory});
+  frmMain.lstExclude.addItem("defaultdoc");
+  walk({directory});
+  EXPECT_THAT(list(), ElementsAre("KeyType", "Path"));
+  frmMain.lstExclude.removeItem(frmMain.lstExclude.listCount() - 1);
+  walk({directory});
+  EXPECT_THAT(list(), ElementsAre("DefaultDoc", "KeyType", "Path"));
+}
+
+TEST_F(NamesOfTrees, JoinWhatIsInTheListAlready) {
+  walk({directory});
+  frmMain.lstPropsToExport.clear();
+  frmMain.lstPropsToExport.addItem("Former");
+  names.begin();
+  names.collect(directory);
+  EXPECT_THAT(list(), ElementsAre("DefaultDoc", "Former", "KeyType", "Path"));
+  walk({directory});
+  EXPECT_THAT(list(), ElementsAre("DefaultDoc", "KeyType", "Path"));
+}
+
 TEST_F(SchemaNames, OfAnUnboundClassAddNothingAndLeaveTheFailureBehind) {
   frmMain.lstPropsToExport.addItem("Former");
   addSchemaNames(nullptr);
@@ -197,7 +263,7 @@ TEST_F(SiteNames, AreThoseOfTheSitesClass) {
   frmMain.lstExclude.clear();
   completePropertyList(site());
   const NodeHandle schemaClass = getObject(site()->schema());
-  std::vector<std::string> expected = schemaClass->mandatoryProperties();
+  std::vector<std::string> expected = schemaClass->mandatoryProperties().texts();
   for (const std::string& name : schemaClass->optionalProperties()) expected.push_back(name);
   std::vector<std::string> found = list();
   std::sort(expected.begin(), expected.end());

@@ -46,7 +46,7 @@ class TreeToServer : public ServerToServer {
     frmMain.lstPropsToExport.clear();
     Err.clear();
     const std::string number = "3";
-    copyTreeToServer(getObject("IIS://WEB1/W3SVC/7"), number, number);
+    copyTreeToServer(getObject("IIS://WEB1/W3SVC/7"), number, number, treeNames);
   }
   // What the walk has logged.
   [[nodiscard]] std::vector<std::string> walkLog() const {
@@ -59,6 +59,8 @@ class TreeToServer : public ServerToServer {
   static Properties application(const std::string& root, const std::string& isolation = "2") {
     return {{"Path", "C:\\s"}, {"AppRoot", root}, {"AppIsolated", isolation}, {"AppPoolId", "Pool"}};
   }
+
+  TreeNames treeNames;
 
  private:
   std::size_t logged_ = 0;
@@ -331,7 +333,7 @@ TEST_F(TreeToServer, MakesNoApplicationOnAnFtpSite) {
                      ftpDir(7, "/ROOT/pub", {{"Path", "C:\\p"}})),
           ftpService(ftpSite(3, "New")));
   const std::string number = "3";
-  copyTreeToServer(getObject("IIS://WEB1/MSFTPSVC/7"), number, number);
+  copyTreeToServer(getObject("IIS://WEB1/MSFTPSVC/7"), number, number, treeNames);
   EXPECT_EQ(classOf("/MSFTPSVC/3/ROOT"), "IIsFtpVirtualDir");
   EXPECT_EQ(classOf("/MSFTPSVC/3/ROOT/pub"), "IIsFtpVirtualDir");
   EXPECT_THAT(applicationCalls(), IsEmpty());
@@ -425,7 +427,7 @@ TEST_F(TreeToServer, EndsQuietlyWithoutANode) {
   openTree("");
   Err.clear();
   const std::string number = "3";
-  copyTreeToServer(nullptr, number, number);
+  copyTreeToServer(nullptr, number, number, treeNames);
   EXPECT_EQ(Err.number, error_number::kObjectNotSet);
 }
 

@@ -133,6 +133,21 @@ TEST_F(ListControlTest, ClearingForgetsEntriesAndSelectionWithoutAClick) {
   EXPECT_EQ(clicks_, 1);
 }
 
+TEST_F(ListControlTest, BecomesAListOfTextsWithNothingSelected) {
+  fill(multiple_, {"a", "b"});
+  multiple_.setSelected(1, true);
+  const std::uint64_t rewrites = multiple_.rewrites();
+  multiple_.assign({"c", "d", "e"});
+  EXPECT_EQ(multiple_.listCount(), 3);
+  EXPECT_EQ(multiple_.list(0), "c");
+  EXPECT_EQ(multiple_.list(2), "e");
+  EXPECT_EQ(multiple_.selCount(), 0);
+  EXPECT_FALSE(multiple_.selected(1));
+  EXPECT_EQ(multiple_.listIndex(), -1);
+  EXPECT_GT(multiple_.rewrites(), rewrites) << "a view has to draw it anew";
+  EXPECT_EQ(clicks_, 1);
+}
+
 TEST_F(ListControlTest, ShowsEntriesToAMirrorAsTheyCome) {
   std::vector<std::string> seen;
   list_.onAddItem = [&](const std::string& entry) { seen.push_back(entry); };

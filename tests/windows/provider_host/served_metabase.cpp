@@ -92,9 +92,9 @@ Value ServedMetabase::performOn(MetabaseNode& node, const Request& request) {
       node.forEachChild([&](const NodeHandle& child) { children.push_back(keep(child)); });
       return children;
     case Operation::kMandatoryProperties:
-      return listOf(node.mandatoryProperties());
+      return listOf(node.mandatoryProperties().texts());
     case Operation::kOptionalProperties:
-      return listOf(node.optionalProperties());
+      return listOf(node.optionalProperties().texts());
     case Operation::kGet:
       return node.get(given.text(0));
     case Operation::kPut:

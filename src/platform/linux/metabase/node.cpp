@@ -102,11 +102,11 @@ void FileNode::forEachChild(const std::function<void(const NodeHandle& child)>& 
   }
 }
 
-std::vector<std::string> FileNode::mandatoryProperties() const {
+NameList FileNode::mandatoryProperties() const {
   throw notSupported(className(), "MandatoryProperties");
 }
 
-std::vector<std::string> FileNode::optionalProperties() const {
+NameList FileNode::optionalProperties() const {
   throw notSupported(className(), "OptionalProperties");
 }
 

@@ -28,8 +28,8 @@ class FileNode final : public MetabaseNode {
   [[nodiscard]] std::string adsPath() const override { return adsPath_; }
   [[nodiscard]] std::string schema() const override;
   void forEachChild(const std::function<void(const NodeHandle& child)>& visit) override;
-  [[nodiscard]] std::vector<std::string> mandatoryProperties() const override;
-  [[nodiscard]] std::vector<std::string> optionalProperties() const override;
+  [[nodiscard]] NameList mandatoryProperties() const override;
+  [[nodiscard]] NameList optionalProperties() const override;
   [[nodiscard]] Value get(std::string_view propertyName) const override;
   void put(std::string_view propertyName, const Value& value) override;
   void setInfo() override;
@@ -94,8 +94,8 @@ class SchemaObject final : public MetabaseNode {
   [[nodiscard]] std::string adsPath() const override { return adsPath_; }
   [[nodiscard]] std::string schema() const override { return {}; }
   void forEachChild(const std::function<void(const NodeHandle& child)>&) override {}
-  [[nodiscard]] std::vector<std::string> mandatoryProperties() const override;
-  [[nodiscard]] std::vector<std::string> optionalProperties() const override;
+  [[nodiscard]] NameList mandatoryProperties() const override;
+  [[nodiscard]] NameList optionalProperties() const override;
   // Of a property object: Syntax. Of a class object: MandatoryProperties, OptionalProperties, Containment,
   // Container.
   [[nodiscard]] Value get(std::string_view propertyName) const override;

@@ -70,6 +70,30 @@ const SchemaClass* Schema::findClass(std::string_view name) const {
   return findIn(classByName_, name);
 }
 
+const NameList& Schema::mandatoryNames(const SchemaClass& schemaClass) const {
+  const auto [place, isNew] = mandatoryNames_.try_emplace(&schemaClass);
+  if (isNew) {
+    std::vector<std::string> names;
+    for (const PropertyIndex index : schemaClass.mandatory) names.push_back(property(index).name);
+    place->second = std::move(names);
+  }
+  return place->second;
+}
+
+const NameList& Schema::optionalNames(const SchemaClass& schemaClass) const {
+  const auto [place, isNew] = optionalNames_.try_emplace(&schemaClass);
+  if (isNew) {
+    const std::vector<PropertyIndex>& mandatory = schemaClass.mandatory;
+    std::vector<std::string> names;
+    for (const PropertyIndex index : schemaClass.properties) {
+      if (std::find(mandatory.begin(), mandatory.end(), index) == mandatory.end())
+        names.push_back(property(index).name);
+    }
+    place->second = std::move(names);
+  }
+  return place->second;
+}
+
 PropertyIndex Schema::define(Property property) {
   const auto known = propertyByName_.find(property.name);
   const PropertyIndex index =

@@ -11,6 +11,7 @@
 #include <vector>
 
 #include "fold.h"
+#include "platform/metabase.h"
 
 namespace trelvin {
 
@@ -82,6 +83,10 @@ class Schema {
   // The class of nodes without a key type; it has KeyType and nothing else.
   [[nodiscard]] const SchemaClass& plainClass() const { return *findClass("IIsObject"); }
   [[nodiscard]] PropertyIndex keyType() const { return keyType_; }
+  // Names of a class's properties in schema order: those that its nodes must have, and the rest. Only of a
+  // schema that is put together.
+  [[nodiscard]] const NameList& mandatoryNames(const SchemaClass& schemaClass) const;
+  [[nodiscard]] const NameList& optionalNames(const SchemaClass& schemaClass) const;
 
   // While a schema is put together. A definition replaces that of the same name; flags must come after their
   // word.
@@ -104,6 +109,10 @@ class Schema {
   std::unordered_map<std::string, PropertyIndex, FoldedHash, FoldedEqual> propertyById_;
   std::unordered_map<std::string, SchemaClass*, FoldedHash, FoldedEqual> classByName_;
   PropertyIndex keyType_ = kNoProperty;
+  // Made when they are first asked for, which is once for each node of a site that is moved.
+  using NamesOfClass = std::unordered_map<const SchemaClass*, NameList>;
+  mutable NamesOfClass mandatoryNames_;
+  mutable NamesOfClass optionalNames_;
 };
 
 // The schema that a server of that version brings, 4, 5 or 6. Made once and shared.

@@ -1,5 +1,3 @@
-#include <algorithm>
-
 #include "core/err.h"
 #include "core/text.h"
 #include "node.h"
@@ -49,31 +47,22 @@ SchemaObject::SchemaObject(std::shared_ptr<Tree> tree, const SchemaClass* schema
                            const Property* property, std::string adsPath)
     : tree_(std::move(tree)), class_(schemaClass), property_(property), adsPath_(std::move(adsPath)) {}
 
-std::vector<std::string> SchemaObject::mandatoryProperties() const {
+NameList SchemaObject::mandatoryProperties() const {
   if (class_ == nullptr) throw Failure(error_number::kAdsPropertyNotSupported);
-  std::vector<std::string> names;
-  for (const PropertyIndex property : class_->mandatory)
-    names.push_back(tree_->schema().property(property).name);
-  return names;
+  return tree_->schema().mandatoryNames(*class_);
 }
 
-std::vector<std::string> SchemaObject::optionalProperties() const {
+NameList SchemaObject::optionalProperties() const {
   if (class_ == nullptr) throw Failure(error_number::kAdsPropertyNotSupported);
-  std::vector<std::string> names;
-  for (const PropertyIndex property : class_->properties) {
-    const std::vector<PropertyIndex>& mandatory = class_->mandatory;
-    if (std::find(mandatory.begin(), mandatory.end(), property) != mandatory.end()) continue;
-    names.push_back(tree_->schema().property(property).name);
-  }
-  return names;
+  return tree_->schema().optionalNames(*class_);
 }
 
 Value SchemaObject::get(std::string_view propertyName) const {
   if (class_ == nullptr) {
     if (equalsIgnoringCase(propertyName, "Syntax")) return std::string(syntaxOf(property_->type));
   } else {
-    if (equalsIgnoringCase(propertyName, "MandatoryProperties")) return listOf(mandatoryProperties());
-    if (equalsIgnoringCase(propertyName, "OptionalProperties")) return listOf(optionalProperties());
+    if (equalsIgnoringCase(propertyName, "MandatoryProperties")) return listOf(mandatoryProperties().texts());
+    if (equalsIgnoringCase(propertyName, "OptionalProperties")) return listOf(optionalProperties().texts());
     if (equalsIgnoringCase(propertyName, "Containment")) return listOf(class_->children);
     if (equalsIgnoringCase(propertyName, "Container")) return class_->container;
   }

@@ -33,10 +33,10 @@ class AdsiNode final : public MetabaseNode {
     for (LateBound& child : object_.children()) visit(std::make_shared<AdsiNode>(std::move(child)));
   }
 
-  [[nodiscard]] std::vector<std::string> mandatoryProperties() const override {
+  [[nodiscard]] NameList mandatoryProperties() const override {
     return namesOf(object_.property("MandatoryProperties"));
   }
-  [[nodiscard]] std::vector<std::string> optionalProperties() const override {
+  [[nodiscard]] NameList optionalProperties() const override {
     return namesOf(object_.property("OptionalProperties"));
   }
 
