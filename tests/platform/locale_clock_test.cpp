@@ -47,6 +47,25 @@ TEST_F(LocaleClockTest, WithoutALocaleTheFormsArePlain) {
   EXPECT_EQ(clock_->shortTime(evening_), "21:05");
 }
 
+TEST_F(LocaleClockTest, EachMomentHasATextOfItsOwn) {
+  EXPECT_EQ(clock_->generalText(evening_), "03/09/06 21:05:07");
+  EXPECT_EQ(clock_->generalText(date(2006, 3, 9, 21, 5, 8)), "03/09/06 21:05:08");
+  EXPECT_EQ(clock_->generalText(date(2006, 3, 9, 21, 4, 8)), "03/09/06 21:04:08");
+  EXPECT_EQ(clock_->generalText(date(2006, 3, 9, 20, 4, 8)), "03/09/06 20:04:08");
+  EXPECT_EQ(clock_->generalText(date(2006, 3, 8, 20, 4, 8)), "03/08/06 20:04:08");
+  EXPECT_EQ(clock_->generalText(date(2006, 2, 8, 20, 4, 8)), "02/08/06 20:04:08");
+  EXPECT_EQ(clock_->generalText(date(2005, 2, 8, 20, 4, 8)), "02/08/05 20:04:08");
+  EXPECT_EQ(clock_->generalText(evening_), "03/09/06 21:05:07");
+}
+
+TEST_F(LocaleClockTest, TheFormIsThatOfTheLocaleOfTheMoment) {
+  EXPECT_EQ(clock_->generalText(evening_), "03/09/06 21:05:07");
+  if (!use("de_DE", "UTF-8")) GTEST_SKIP() << "localedef or its sources are not installed";
+  EXPECT_EQ(clock_->generalText(evening_), "09.03.2006 21:05:07");
+  locale_.reset();
+  EXPECT_EQ(clock_->generalText(evening_), "03/09/06 21:05:07");
+}
+
 TEST_F(LocaleClockTest, ALocaleOf24HoursShowsThem) {
   if (!use("de_DE", "UTF-8")) GTEST_SKIP() << "localedef or its sources are not installed";
   EXPECT_EQ(clock_->generalText(evening_), "09.03.2006 21:05:07");

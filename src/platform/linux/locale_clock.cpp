@@ -4,7 +4,9 @@
 
 #include <array>
 #include <cctype>
+#include <clocale>
 #include <ctime>
+#include <tuple>
 
 #include "core/text.h"
 #include "platform/linux/file_text.h"
@@ -78,6 +80,15 @@ std::tm completed(const Date& date) {
   return parts;
 }
 
+// All that a text is made of; the name of the zone goes with its offset.
+bool isSameTime(const std::tm& left, const std::tm& right) {
+  const auto all = [](const std::tm& time) {
+    return std::tuple(time.tm_sec, time.tm_min, time.tm_hour, time.tm_mday, time.tm_mon, time.tm_year,
+                      time.tm_isdst, time.tm_gmtoff);
+  };
+  return all(left) == all(right);
+}
+
 class LocaleClock final : public Clock {
  public:
   [[nodiscard]] Date now() const override {
@@ -87,8 +98,12 @@ class LocaleClock final : public Clock {
     return date;
   }
 
+  // The lines of a log come many to the second, and the zone is looked up in its file for each text.
   [[nodiscard]] std::string generalText(const Date& date) const override {
-    return formatted(completed(date), "%x %X");
+    const char* locale = std::setlocale(LC_TIME, nullptr);
+    if (last_.locale != locale || !isSameTime(last_.parts, date.parts))
+      last_ = {date.parts, locale, formatted(completed(date), "%x %X")};
+    return last_.text;
   }
 
   [[nodiscard]] std::string shortDate(const Date& date) const override {
@@ -98,6 +113,14 @@ class LocaleClock final : public Clock {
   [[nodiscard]] std::string shortTime(const Date& date) const override {
     return formatted(completed(date), shortTimeFormat(::nl_langinfo(T_FMT), ::nl_langinfo(T_FMT_AMPM)));
   }
+
+ private:
+  struct Text {
+    std::tm parts{};
+    std::string locale;
+    std::string text;
+  };
+  mutable Text last_;
 };
 
 }  // namespace
