@@ -7,12 +7,20 @@
 
 namespace trelvin {
 
+namespace {
+
+constexpr std::string_view kScheme = "IIS://";
+
+}  // namespace
+
 NodeHandle getObject(const std::string& path) {
   return bound(platform().metabase).getObject(path);
 }
 
 std::string servicePath(const std::string& server, const std::string& service) {
-  return "IIS://" + server + "/" + service;
+  std::string path;
+  path.reserve(kScheme.size() + server.size() + service.size() + 32);  // with room for what lies below
+  return path.append(kScheme).append(server).append("/").append(service);
 }
 
 std::string classWord(const char* suffix) {
@@ -27,16 +35,11 @@ std::int32_t siteNumberFromPath(const std::string& path) {
   return longOf(path.substr(path.rfind('/') + 1));
 }
 
+// What follows the fifth slash, with it; the path is taken to end in one, behind which nothing follows.
 std::string relativeToSite(const std::string& adsPath) {
-  std::string rest = adsPath + "/";
-  std::size_t begin = 0;
-  for (int cut = 0; cut < 5; ++cut) {
-    const std::size_t slash = rest.find('/', begin);
-    if (slash != std::string::npos) begin = slash + 1;
-  }
-  if (rest.find('/', begin) == std::string::npos) return rest.substr(begin);
-  rest.pop_back();
-  return "/" + rest.substr(begin);
+  std::size_t slash = adsPath.find('/');
+  for (int cut = 1; cut < 5 && slash != std::string::npos; ++cut) slash = adsPath.find('/', slash + 1);
+  return slash == std::string::npos ? std::string() : adsPath.substr(slash);
 }
 
 void warmUpProvider() {

@@ -42,7 +42,7 @@ std::string targetServicePath() {
 }
 
 std::string targetSitePath(std::int16_t siteNumber) {
-  return targetServicePath() + "/" + std::to_string(siteNumber);
+  return targetServicePath().append("/").append(std::to_string(siteNumber));
 }
 
 bool targetServerNamed() {

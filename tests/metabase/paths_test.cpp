@@ -47,6 +47,11 @@ TEST(RelativePathTest, IsEmptyForTheSiteAndBeginsWithASlashBelowIt) {
   EXPECT_EQ(relativeToSite("IIS://web1/W3SVC/1"), "");
   EXPECT_EQ(relativeToSite("IIS://web1/W3SVC/1/ROOT"), "/ROOT");
   EXPECT_EQ(relativeToSite("IIS://web1/W3SVC/1876/ROOT/a b/c"), "/ROOT/a b/c");
+  EXPECT_EQ(relativeToSite("IIS://web1/W3SVC/1/"), "/");
+  EXPECT_EQ(relativeToSite("IIS://web1/W3SVC/1/ROOT/"), "/ROOT/");
+  EXPECT_EQ(relativeToSite("IIS://web1/W3SVC"), "");
+  EXPECT_EQ(relativeToSite("web1"), "");
+  EXPECT_EQ(relativeToSite(""), "");
 }
 
 class PathsTest : public SitesTest {};

@@ -237,6 +237,25 @@ TEST_F(ReadingAMetabase, ListsTheNodesThatHoldAPropertyItselfFirst) {
               ElementsAre("IIS://web1/w3svc/1/ROOT", "IIS://web1/w3svc/1/ROOT/Straße"));
 }
 
+TEST_F(ReadingAMetabase, ListsTheNodesAsTheyAreAtEachQuestion) {
+  const NodeHandle site = bind("/W3SVC/1");
+  const auto paths = [&](const char* name) { return site->getDataPaths(name, Value()); };
+  EXPECT_THAT(paths("Realm"), IsEmpty());
+  putAndSet("/W3SVC/1/ROOT/bin", "Realm", "a");
+  EXPECT_THAT(paths("Realm"), ElementsAre("IIS://Web1/W3SVC/1/ROOT/bin"));
+  const NodeHandle made = bind("/W3SVC/1/ROOT")->create("IIsWebVirtualDir", "made");
+  made->put("Realm", "b");
+  EXPECT_THAT(paths("Realm").size(), 1U) << "not committed yet";
+  made->setInfo();
+  EXPECT_THAT(paths("Realm"), ElementsAre("IIS://Web1/W3SVC/1/ROOT/bin", "IIS://Web1/W3SVC/1/ROOT/made"));
+  bind("/W3SVC/1/ROOT")->deleteChild("", "bin");
+  EXPECT_THAT(paths("Realm"), ElementsAre("IIS://Web1/W3SVC/1/ROOT/made"));
+  closeMetabase();
+  EXPECT_THAT(paths("Realm"), ElementsAre("IIS://Web1/W3SVC/1/ROOT/made")) << "the file was written anew";
+  putAndSet("/W3SVC/1", "Realm", "c");
+  closeMetabase();
+}
+
 TEST_F(ReadingAMetabase, ListsTheNodesOfAFlagByItsWord) {
   EXPECT_THAT(bind("/MSFTPSVC/1")->getDataPaths("AccessRead", Value()),
               ElementsAre("IIS://Web1/MSFTPSVC/1/ROOT"));

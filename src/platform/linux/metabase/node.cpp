@@ -56,11 +56,11 @@ FileNode::FileNode(std::shared_ptr<MetabaseStore> store, std::shared_ptr<Tree> t
       node_(&parent),
       class_(&schemaClass),
       adsPath_(std::move(adsPath)),
-      keyType_(schemaClass.name == kPlainClass ? "" : schemaClass.name),
+      keyType_(schemaClass.name == kPlainClass ? std::string_view() : schemaClass.name),
       isNew_(true) {}
 
 std::string FileNode::className() const {
-  return keyType_.empty() ? std::string(kPlainClass) : keyType_;
+  return std::string(keyType_.empty() ? kPlainClass : keyType_);
 }
 
 std::string FileNode::name() const {
@@ -82,10 +82,20 @@ void FileNode::settle() const {
   const std::shared_ptr<Tree> tree = store_->tree() != nullptr ? store_->tree() : store_->refresh();
   Node* found = tree->find(node_->location);
   if (found == nullptr) throw pathNotFound(node_->location);
-  const SchemaClass* known = tree->schema().findClass(className());
-  class_ = known != nullptr ? known : &tree->schema().plainClass();
-  node_ = found;
-  tree_ = tree;  // last, because the old tree holds the location
+  moveTo(tree, *found);
+}
+
+// The class stays what it was, in the new tree's words.
+void FileNode::moveTo(const std::shared_ptr<Tree>& tree, Node& node) const {
+  if (tree != tree_) {
+    if (formerKeyType_.empty()) formerKeyType_ = keyType_;
+    keyType_ = formerKeyType_;
+    const SchemaClass* known = tree->schema().findClass(className());
+    class_ = known != nullptr ? known : &tree->schema().plainClass();
+    holders_ = {};
+  }
+  node_ = &node;
+  tree_ = tree;
 }
 
 void FileNode::requireExisting() const {
@@ -141,7 +151,7 @@ Value FileNode::get(std::string_view propertyName) const {
   const Property& property = propertyNamed(propertyName);
   if (schemaInForce().indexOf(property) == schemaInForce().keyType()) {
     if (newKeyType_) return *newKeyType_;
-    return isNew_ ? keyType_ : std::string(node_->keyType);
+    return std::string(isNew_ ? keyType_ : node_->keyType);
   }
   if (property.flagOf != kNoProperty) {
     return (wordInForce(schemaInForce().property(property.flagOf)) & property.bit) != 0;
@@ -176,7 +186,7 @@ void FileNode::setPending(const Property& property, std::string text) {
 
 void FileNode::putKeyType(const Value& value) {
   const std::string wanted = value.varType() == kVarText ? value.toText() : std::string();
-  if (wanted == (isNew_ ? std::string_view(keyType_) : node_->keyType)) {
+  if (wanted == (isNew_ ? keyType_ : node_->keyType)) {
     newKeyType_.reset();
     return;
   }
@@ -240,22 +250,22 @@ void FileNode::setInfo() {
       throw Failure(error_number::kAdsObjectExists, location() + " exists already.");
     }
   }
-  const NodeChange change = pendingChange();
-  if (isNew_ || change.keyType || !change.values.empty()) commit({change});
+  Commit changes(1);
+  changes.front() = pendingChange();
+  if (isNew_ || changes.front().keyType || !changes.front().values.empty()) commit(changes);
   pending_.clear();
   newKeyType_.reset();
 }
 
 // Commits, and stands on the node itself afterwards, also when it is new or the file was written anew.
 void FileNode::commit(const Commit& commit) {
-  const std::string at = location();
   store_->commit(commit);
   if (!isNew_ && store_->tree() == tree_ && !node_->gone) return;
+  const std::string at = location();
   const std::shared_ptr<Tree> tree = store_->tree() != nullptr ? store_->tree() : store_->refresh();
   Node* found = tree->find(at);
   if (found == nullptr) throw pathNotFound(at);
-  node_ = found;
-  tree_ = tree;
+  moveTo(tree, *found);
   isNew_ = false;
 }
 
@@ -290,6 +300,35 @@ void FileNode::deleteChild(std::string_view className, std::string_view childNam
   commit({change});
 }
 
+// A property that the node's class does not list is kept as a custom one, and those nobody sees.
+void FileNode::collectHolders(Node& node) const {
+  if (!node.keyType.empty()) holders_.all.push_back({schemaInForce().keyType(), &node});
+  for (const StoredValue& value : tree_->values(node)) {
+    const bool isSeen = !value.removed && node.schemaClass->hasProperty(value.property);
+    if (isSeen) holders_.all.push_back({value.property, &node});
+  }
+}
+
+// A run asks a site for one property of the schema after the other, a few hundred times. One walk answers all
+// of it.
+const std::vector<FileNode::Holder>& FileNode::holders() const {
+  if (holders_.tree == tree_.get() && holders_.commits == tree_->commits()) return holders_.all;
+  holders_.all.clear();
+  std::vector<Node*> left{node_};
+  while (!left.empty()) {
+    Node* at = left.back();
+    left.pop_back();
+    collectHolders(*at);
+    const std::vector<Node*>& children = tree_->children(*at);
+    left.insert(left.end(), children.rbegin(), children.rend());
+  }
+  std::stable_sort(holders_.all.begin(), holders_.all.end(),
+                   [](const Holder& one, const Holder& other) { return one.property < other.property; });
+  holders_.tree = tree_.get();
+  holders_.commits = tree_->commits();
+  return holders_.all;
+}
+
 std::vector<std::string> FileNode::getDataPaths(std::string_view propertyName, const Value& attribute) const {
   requireExisting();
   const Schema& schema = schemaInForce();
@@ -303,19 +342,13 @@ std::vector<std::string> FileNode::getDataPaths(std::string_view propertyName, c
     throw Failure(error_number::kMetabaseDataNotFound, property->name + " is not inheritable.");
   }
   const PropertyIndex index = property->flagOf != kNoProperty ? property->flagOf : schema.indexOf(*property);
+  const std::vector<Holder>& all = holders();
+  auto holder = std::lower_bound(all.begin(), all.end(), index, [](const Holder& each, PropertyIndex wanted) {
+    return each.property < wanted;
+  });
   std::vector<std::string> paths;
-  std::vector<Node*> left{node_};
-  while (!left.empty()) {
-    Node* at = left.back();
-    left.pop_back();
-    // A property that the node's class does not list is kept as a custom one, and those nobody sees.
-    const bool holds = index == schema.keyType()
-                           ? !at->keyType.empty()
-                           : at->schemaClass->hasProperty(index) && tree_->stored(*at, index) != nullptr;
-    if (holds) paths.push_back(adsPath_ + std::string(at->location.substr(node_->location.size())));
-    const std::vector<Node*>& children = tree_->children(*at);
-    left.insert(left.end(), children.rbegin(), children.rend());
-  }
+  for (; holder != all.end() && holder->property == index; ++holder)
+    paths.push_back(adsPath_ + std::string(holder->node->location.substr(node_->location.size())));
   return paths;
 }
 

@@ -48,10 +48,24 @@ class FileNode final : public MetabaseNode {
     std::string text;
   };
 
+  // Which nodes, at and below this one, hold which properties themselves.
+  struct Holder {
+    PropertyIndex property;
+    const Node* node;
+  };
+  struct Holders {
+    const Tree* tree = nullptr;
+    std::uint64_t commits = 0;
+    std::vector<Holder> all;  // by property, and then in the order of paths
+  };
+
   [[nodiscard]] const Schema& schemaInForce() const { return tree_->schema(); }
   // Makes node_ and tree_ those of the metabase as it is now. 0x80070003 when the node is gone.
   void settle() const;
+  void moveTo(const std::shared_ptr<Tree>& tree, Node& node) const;
   [[nodiscard]] std::string location() const;
+  [[nodiscard]] const std::vector<Holder>& holders() const;
+  void collectHolders(Node& node) const;
   [[nodiscard]] const Property& propertyNamed(std::string_view propertyName) const;
   // The text in force for this handle; nothing when neither the metabase nor the schema says anything.
   [[nodiscard]] std::string_view textInForce(const Property& property) const;
@@ -75,8 +89,10 @@ class FileNode final : public MetabaseNode {
   mutable Node* node_;                  // of a node to be made the one above
   mutable const SchemaClass* class_;
   std::string adsPath_;
-  std::string keyType_;
+  mutable std::string_view keyType_;  // in the tree or its schema, or kept here from a former tree
+  mutable std::string formerKeyType_;
   bool isNew_ = false;
+  mutable Holders holders_;
   std::vector<Pending> pending_;
   std::optional<std::string> newKeyType_;
 };

@@ -56,9 +56,13 @@ void SchemaClass::addProperty(PropertyIndex property) {
   properties.push_back(property);
 }
 
+// One property is mostly asked for several times in a row: where it is set, read, put and committed.
 const Property* Schema::findProperty(std::string_view name) const {
+  if (lastFound_ != nullptr && lastFound_->name == name) return lastFound_;
   const auto found = propertyByName_.find(name);
-  return found == propertyByName_.end() ? nullptr : &properties_[found->second];
+  if (found == propertyByName_.end()) return nullptr;
+  lastFound_ = &properties_[found->second];
+  return lastFound_;
 }
 
 const Property* Schema::findId(std::string_view id) const {
@@ -95,6 +99,7 @@ const NameList& Schema::optionalNames(const SchemaClass& schemaClass) const {
 }
 
 PropertyIndex Schema::define(Property property) {
+  lastFound_ = nullptr;
   const auto known = propertyByName_.find(property.name);
   const PropertyIndex index =
       known != propertyByName_.end() ? known->second : static_cast<PropertyIndex>(properties_.size());

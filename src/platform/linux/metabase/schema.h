@@ -109,6 +109,7 @@ class Schema {
   std::unordered_map<std::string, PropertyIndex, FoldedHash, FoldedEqual> propertyById_;
   std::unordered_map<std::string, SchemaClass*, FoldedHash, FoldedEqual> classByName_;
   PropertyIndex keyType_ = kNoProperty;
+  mutable const Property* lastFound_ = nullptr;
   // Made when they are first asked for, which is once for each node of a site that is moved.
   using NamesOfClass = std::unordered_map<const SchemaClass*, NameList>;
   mutable NamesOfClass mandatoryNames_;

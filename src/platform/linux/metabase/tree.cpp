@@ -1,6 +1,7 @@
 #include "tree.h"
 
 #include <algorithm>
+#include <cstring>
 
 #include "core/err.h"
 #include "core/text.h"
@@ -38,7 +39,10 @@ std::string_view parentLocation(std::string_view location) {
 }
 
 std::string_view Tree::keep(std::string_view text) {
-  return kept_.emplace_back(text);
+  if (text.empty()) return {};
+  auto* place = static_cast<char*>(texts_.allocate(text.size(), 1));
+  std::memcpy(place, text.data(), text.size());
+  return {place, text.size()};
 }
 
 Node& Tree::newNode(std::string_view location) {
@@ -156,7 +160,7 @@ void Tree::readCustom(Node& node, const pugi::xml_node& custom) const {
   const PropertyIndex index = schema_->indexOf(*property);
   const bool asAttribute = std::any_of(node.values.begin(), node.values.end(),
                                        [&](const StoredValue& value) { return value.property == index; });
-  if (!asAttribute) node.values.push_back({index, false, false, text, nullptr});
+  if (!asAttribute) node.values.push_back({index, false, false, text});
 }
 
 // What is unknown or of the wrong form is left alone, as the server does, and stays in the file.
@@ -169,7 +173,7 @@ void Tree::readValues(Node& node) const {
     const PropertyIndex index = schema_->indexOf(*property);
     const std::string_view text = attribute.value();
     if (index == schema_->keyType() || !isValidText(*schema_, *property, text)) continue;
-    node.values.push_back({index, false, false, text, nullptr});
+    node.values.push_back({index, false, false, text});
   }
   for (const pugi::xml_node custom : node.element.children("Custom")) readCustom(node, custom);
   std::sort(node.values.begin(), node.values.end(),
@@ -210,8 +214,7 @@ void Tree::change(Node& node, const ValueChange& value) {
   place->property = index;
   place->changed = true;
   place->removed = !value.text.has_value();
-  place->own = std::make_unique<const std::string>(value.text.value_or(""));
-  place->text = *place->own;
+  place->text = value.text ? keep(*value.text) : std::string_view();
   if (!property->isVolatile) node.changed = true;
 }
 
@@ -245,6 +248,7 @@ void Tree::remove(Node& top) {
 }
 
 void Tree::apply(const Commit& commit) {
+  ++commits_;
   for (const NodeChange& change : commit) {
     if (change.kind == NodeChange::Kind::kCreate) create(change);
     Node* node = find(change.location);

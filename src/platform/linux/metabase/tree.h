@@ -2,6 +2,7 @@
 // first asked for, so that a large metabase costs little more than its parse.
 #pragma once
 
+#include <cstdint>
 #include <deque>
 #include <memory>
 #include <memory_resource>
@@ -19,10 +20,9 @@ namespace trelvin {
 
 struct StoredValue {
   PropertyIndex property = kNoProperty;
-  bool changed = false;  // differs from the file
-  bool removed = false;  // was in the file and is to go
-  std::string_view text;
-  std::unique_ptr<const std::string> own;  // behind the text when it is not the file's
+  bool changed = false;   // differs from the file
+  bool removed = false;   // was in the file and is to go
+  std::string_view text;  // in the file's text, or kept by the tree
 };
 
 struct Node {
@@ -76,6 +76,9 @@ class Tree {
   // A commit that was checked, or comes from the journal. Throws 0x800CC819 when it does not fit the tree.
   void apply(const Commit& commit);
 
+  // Grows with every commit.
+  [[nodiscard]] std::uint64_t commits() const { return commits_; }
+
   // Elements of the file whose nodes are gone.
   [[nodiscard]] const std::vector<pugi::xml_node>& removedElements() const { return removedElements_; }
 
@@ -115,12 +118,15 @@ class Tree {
 
   std::shared_ptr<const Schema> schema_;
   std::deque<Node> nodes_;
-  std::deque<std::string> kept_;  // locations and class names that are not the file's
+  // Locations, class names and values that are not the file's. What is replaced stays until the tree goes,
+  // which is when the journal, where it lies too, has become a new file.
+  std::pmr::monotonic_buffer_resource texts_;
   // The entries lie side by side in the order of the file, which is the order in which they are mostly
   // wanted.
   std::pmr::monotonic_buffer_resource indexMemory_;
   std::pmr::unordered_set<Node*, Hash, Equal> index_{&indexMemory_};
   std::vector<pugi::xml_node> removedElements_;
+  std::uint64_t commits_ = 0;
   Node* root_ = nullptr;
   Node* lastAdded_ = nullptr;
 };
