@@ -199,13 +199,13 @@ void ToDatabaseRun::storeRow(std::int32_t index) {
 void ToDatabaseRun::readValue() {
   attempt([&] { vValue_ = bound(objProperty_).get(name_); });
   if (iVarType_ == kVarList) {
-    const Value read = vValue_;
-    vValue_ = "";
+    std::string lines;
     attempt([&] {
-      for (const Value& element : read.list()) {
-        attempt([&] { vValue_ = vValue_.toText() + applyFindReplace(element) + "\r\n"; });
+      for (const Value& element : vValue_.list()) {
+        attempt([&] { lines += applyFindReplace(element) + "\r\n"; });
       }
     });
+    vValue_ = std::move(lines);
   } else if (iVarType_ == kVarText) {
     attempt([&] { vValue_ = applyFindReplace(vValue_); });
   }
