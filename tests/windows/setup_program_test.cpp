@@ -5,8 +5,12 @@
 #include <algorithm>
 #include <array>
 #include <string>
+#include <utility>
 
 #include "windows/installed_program_test.h"
+// clang-format off
+#include <sddl.h>  // stands on Windows' own header
+// clang-format on
 
 namespace trelvin::test {
 namespace {
@@ -33,6 +37,33 @@ class WithoutDriver {
 
  private:
   static constexpr const wchar_t* kName = L"TRELVIN_NO_ACCESS_DRIVER";
+};
+
+// Nobody may write into it meanwhile; an administrator of the machine beneath Wine can't be kept from it.
+class ReadOnlyFolder {
+ public:
+  explicit ReadOnlyFolder(fs::path folder) : folder_(std::move(folder)) { give(L"D:P(A;OICI;FRFX;;;WD)"); }
+  ReadOnlyFolder(const ReadOnlyFolder&) = delete;
+  ReadOnlyFolder& operator=(const ReadOnlyFolder&) = delete;
+  ~ReadOnlyFolder() { give(L"D:P(A;OICI;FA;;;WD)"); }
+
+  [[nodiscard]] bool canBeWrittenInto() const {
+    const HANDLE tried = ::CreateFileW((folder_ / "tried").c_str(), GENERIC_WRITE, 0, nullptr, CREATE_NEW,
+                                       FILE_FLAG_DELETE_ON_CLOSE, nullptr);
+    if (tried == INVALID_HANDLE_VALUE) return false;
+    ::CloseHandle(tried);
+    return true;
+  }
+
+ private:
+  void give(const wchar_t* rights) const {
+    PSECURITY_DESCRIPTOR descriptor = nullptr;
+    ::ConvertStringSecurityDescriptorToSecurityDescriptorW(rights, SDDL_REVISION_1, &descriptor, nullptr);
+    ::SetFileSecurityW(folder_.c_str(), DACL_SECURITY_INFORMATION, descriptor);
+    ::LocalFree(descriptor);
+  }
+
+  fs::path folder_;
 };
 
 class SetupProgramTest : public InstalledProgramTest {
@@ -152,19 +183,14 @@ TEST_F(SetupProgramTest, OneThatCanNotBeMadeIsNamedAndTheOthersAreMade) {
 }
 
 TEST_F(SetupProgramTest, AFolderThatMayNotBeWrittenIntoIsTold) {
-  fs::permissions(programFolder(), fs::perms::owner_write | fs::perms::group_write | fs::perms::others_write,
-                  fs::perm_options::remove);
-  const HANDLE tried = ::CreateFileW(inProgram("tried").c_str(), GENERIC_WRITE, 0, nullptr, CREATE_NEW,
-                                     FILE_FLAG_DELETE_ON_CLOSE, nullptr);
-  if (tried != INVALID_HANDLE_VALUE) {
-    ::CloseHandle(tried);
-    GTEST_SKIP() << "whoever runs this may write everywhere";
-  }
+  const ReadOnlyFolder folder(programFolder());
+  if (folder.canBeWrittenInto()) GTEST_SKIP() << "whoever runs this may write everywhere";
   const Outcome outcome = setUp();
   EXPECT_EQ(outcome.status, 1U);
   ASSERT_THAT(outcome.output, SizeIs(4));
   EXPECT_THAT(outcome.output[0],
               AllOf(HasSubstr("No permission."), EndsWith("may you write into the folder?")));
+  EXPECT_FALSE(hasAny());
 }
 
 TEST_F(SetupInAForeignFolderTest, BlanksAndLettersOfAnyKindInItsNameAreNoObstacle) {
