@@ -92,37 +92,42 @@ ElementText elementAt(std::string_view text, std::size_t position) {
   return element;
 }
 
+namespace {
+
+std::string_view referenceFor(char byte) {
+  switch (byte) {
+    case '&':
+      return "&amp;";
+    case '<':
+      return "&lt;";
+    case '>':
+      return "&gt;";
+    case '"':
+      return "&quot;";
+    case '\t':
+      return "&#09;";
+    case '\n':
+      return "&#10;";
+    case '\r':
+      return "&#13;";
+    default:
+      return {};
+  }
+}
+
+}  // namespace
+
 std::string escaped(std::string_view text) {
   std::string result;
   result.reserve(text.size());
-  for (const char byte : text) {
-    switch (byte) {
-      case '&':
-        result += "&amp;";
-        break;
-      case '<':
-        result += "&lt;";
-        break;
-      case '>':
-        result += "&gt;";
-        break;
-      case '"':
-        result += "&quot;";
-        break;
-      case '\t':
-        result += "&#09;";
-        break;
-      case '\n':
-        result += "&#10;";
-        break;
-      case '\r':
-        result += "&#13;";
-        break;
-      default:
-        result += byte;
-    }
+  std::size_t done = 0;
+  for (std::size_t i = 0; i < text.size(); ++i) {
+    const std::string_view reference = referenceFor(text[i]);
+    if (reference.empty()) continue;
+    result.append(text.substr(done, i - done)).append(reference);
+    done = i + 1;
   }
-  return result;
+  return result.append(text.substr(done));
 }
 
 }  // namespace trelvin

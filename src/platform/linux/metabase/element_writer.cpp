@@ -1,6 +1,7 @@
 #include "element_writer.h"
 
 #include <algorithm>
+#include <functional>
 #include <initializer_list>
 #include <iterator>
 #include <vector>
@@ -13,15 +14,13 @@ namespace {
 
 constexpr std::string_view kNoKeyType = "IIsConfigObject";
 
-std::string joined(std::initializer_list<std::string_view> parts) {
-  std::string text;
+void append(std::string& text, std::initializer_list<std::string_view> parts) {
   for (const std::string_view part : parts) text += part;
-  return text;
 }
 
 // A property as it will stand in an element.
 struct Written {
-  std::string name;
+  std::string_view name;
   std::string raw;
   const Property* property = nullptr;
   bool isNew = false;
@@ -73,7 +72,7 @@ class ElementWriter {
       return escaped(value);
     std::string raw;
     for (const std::string_view item : itemsOf(value)) {
-      if (!raw.empty()) raw += joined({lineEnd_, "\t\t\t"});
+      if (!raw.empty()) append(raw, {lineEnd_, "\t\t\t"});
       raw += escaped(item);
     }
     return raw;
@@ -177,14 +176,15 @@ class ElementWriter {
     const Property& property = *custom.property;
     std::string attributes;
     const auto add = [&](bool set, std::string_view word) {
-      if (set) attributes += joined({attributes.empty() ? "" : " | ", word});
+      if (set) append(attributes, {attributes.empty() ? "" : " | ", word});
     };
     add(property.inherit, "INHERIT");
     add(property.secure, "SECURE");
     add(property.reference, "REFERENCE");
-    std::string text = joined({"<Custom", lineEnd_});
+    std::string text("<Custom");
+    text += lineEnd_;
     const auto line = [&](std::string_view name, std::string_view raw) {
-      text += joined({"\t\t", name, "=\"", raw, "\"", lineEnd_});
+      append(text, {"\t\t", name, "=\"", raw, "\"", lineEnd_});
     };
     line("Name", property.name);
     line("ID", property.id);
@@ -192,19 +192,22 @@ class ElementWriter {
     line("Type", wordOf(property.type));
     line("UserType", property.userType.empty() ? "IIS_MD_UT_SERVER" : property.userType);
     line("Attributes", attributes.empty() ? "NO_ATTRIBUTES" : attributes);
-    return joined({text, "\t/>", lineEnd_});
+    append(text, {"\t/>", lineEnd_});
+    return text;
   }
 
   // New attributes go to their place in the order of names; those of the file stay in the file's order.
   void orderAttributes() {
     const auto isNew = [](const Written& attribute) { return attribute.isNew; };
+    const auto firstNew = std::stable_partition(attributes_.begin(), attributes_.end(), std::not_fn(isNew));
     std::vector<Written> ordered;
-    std::remove_copy_if(attributes_.begin(), attributes_.end(), std::back_inserter(ordered), isNew);
-    for (const Written& attribute : attributes_) {
-      if (!attribute.isNew) continue;
+    ordered.reserve(attributes_.size());
+    std::move(attributes_.begin(), firstNew, std::back_inserter(ordered));
+    for (auto next = firstNew; next != attributes_.end(); ++next) {
+      Written& attribute = *next;
       const auto place = std::find_if(ordered.begin(), ordered.end(),
                                       [&](const Written& other) { return other.name > attribute.name; });
-      ordered.insert(place, attribute);
+      ordered.insert(place, std::move(attribute));
     }
     attributes_ = std::move(ordered);
   }
@@ -215,7 +218,7 @@ class ElementWriter {
       const auto next = std::find_if(names_.begin(), names_.end(),
                                      [&](const std::string& name) { return name > custom.name; });
       const auto index = next - names_.begin();
-      names_.insert(next, custom.name);
+      names_.emplace(next, custom.name);
       // What is in front of the piece ends with its indent, which serves the new one.
       std::string& before = pieces[static_cast<std::size_t>(index)];
       if (before.empty() || before.back() != '\t') before += '\t';
@@ -231,11 +234,12 @@ class ElementWriter {
   std::string text(std::string_view location, std::vector<std::string> pieces) {
     const std::string_view name = node_.keyType.empty() ? kNoKeyType : node_.keyType;
     orderAttributes();
-    std::string result = joined({"<", name, "\tLocation =\"", location, "\""});
-    for (const Written& attribute : attributes_) {
-      result += joined({lineEnd_, "\t\t", attribute.name, "=\"", attribute.raw, "\""});
-    }
-    return joined({result, lineEnd_, "\t>", innerText(std::move(pieces)), "</", name, ">"});
+    std::string result;
+    append(result, {"<", name, "\tLocation =\"", location, "\""});
+    for (const Written& attribute : attributes_)
+      append(result, {lineEnd_, "\t\t", attribute.name, "=\"", attribute.raw, "\""});
+    append(result, {lineEnd_, "\t>", innerText(std::move(pieces)), "</", name, ">"});
+    return result;
   }
 
   const Tree& tree_;

@@ -65,6 +65,10 @@ std::optional<std::uint32_t> decimalBits(std::string_view text) {
 }
 
 std::optional<std::uint32_t> flagBits(const Schema& schema, const Property& word, std::string_view name) {
+  // Nearly all files have the schema's spelling, and names of flags begin alike.
+  for (const PropertyIndex flag : word.flags) {
+    if (schema.property(flag).name == name) return schema.property(flag).bit;
+  }
   for (const PropertyIndex flag : word.flags) {
     if (equalsIgnoringCase(schema.property(flag).name, name)) return schema.property(flag).bit;
   }
