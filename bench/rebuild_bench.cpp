@@ -1,7 +1,8 @@
 // What rebuilding so many stored sites on a server costs, each with ten virtual directories and a dozen
 // properties a node. Prints, within one run:
 //   ratio     time of the way out of the database, the target's file included, against that of moving the
-//             same sites from server to server (at most 2),
+//             same sites from server to server (the aim is 2; the rows' way through the database's driver
+//             alone takes more than half of the time, and weighs the more the quicker the straight way is),
 //   exponent  how time grows from one size to the next (1 is linear),
 //   memory    the most that the process has held by then: the way out holds the rows of one site at a time,
 //             so that it adds the same little to what the straight way held, however many there are.

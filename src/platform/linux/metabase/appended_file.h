@@ -16,7 +16,8 @@ namespace trelvin {
 // full, each append is a write.
 //
 // As long as the object lives, the file may go on in zeros behind its length. Its descriptor must be open for
-// reading and writing, and for appending.
+// reading and writing, and for appending. Who cuts the file meanwhile, or takes the disk away, ends the
+// process at its next append, as if it were killed.
 class AppendedFile {
  public:
   AppendedFile(Descriptor file, std::string path) : file_(std::move(file)), path_(std::move(path)) {}
