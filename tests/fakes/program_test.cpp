@@ -29,6 +29,14 @@ Made* put(std::unique_ptr<Member>& place, std::unique_ptr<Made> made) {
   return raw;
 }
 
+// "number description", with the error state as it was before.
+std::string failureOf(const std::function<void()>& statement) {
+  const ErrorState before = std::exchange(Err, {});
+  attempt(statement);
+  const ErrorState failed = std::exchange(Err, before);
+  return std::to_string(failed.number) + " " + failed.description;
+}
+
 std::string escaped(const std::string& text) {
   std::string result;
   for (const char c : text) {
@@ -114,10 +122,11 @@ std::string ProgramTest::metabaseOf(const std::string& server) const {
 }
 
 std::string ProgramTest::failureOfBind(const std::string& path) {
-  const ErrorState before = std::exchange(Err, {});
-  attempt([&] { platform().metabase->getObject(path); });
-  const ErrorState failed = std::exchange(Err, before);
-  return std::to_string(failed.number) + " " + failed.description;
+  return failureOf([&] { platform().metabase->getObject(path); });
+}
+
+std::string ProgramTest::failureOfOpening(const std::string& connectionString) {
+  return failureOf([&] { platform().databases->createConnection()->open(connectionString); });
 }
 
 std::string ProgramTest::metabaseFile(const std::string& elements) {

@@ -41,6 +41,8 @@ class ProgramTest : public ::testing::Test {
                              const std::string& children = {});
   // How a bind of that path fails on this system, which has its own words for it: "number description".
   static std::string failureOfBind(const std::string& path);
+  // The same for a database that can't be opened.
+  static std::string failureOfOpening(const std::string& connectionString);
   // A job in the program folder; keys in the order given, "Section/Key" with its value.
   void addJob(const std::string& name, const std::vector<std::pair<std::string, std::string>>& keys);
 

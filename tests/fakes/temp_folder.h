@@ -24,13 +24,15 @@ class TempFolder {
   }
 
   [[nodiscard]] const std::filesystem::path& path() const { return path_; }
-  // The native path of a name in it.
-  [[nodiscard]] std::filesystem::path operator/(std::string_view relative) const { return path_ / relative; }
+  // The native path of a name in it. Names are UTF-8.
+  [[nodiscard]] std::filesystem::path operator/(std::string_view relative) const {
+    return path_ / std::u8string(relative.begin(), relative.end());
+  }
 
   // Writes a file, byte for byte, with the folders that lead to it. Returns its native path. Throws when it
   // can't.
   std::filesystem::path write(std::string_view relative, std::string_view bytes) const {
-    const std::filesystem::path file = path_ / relative;
+    const std::filesystem::path file = *this / relative;
     std::filesystem::create_directories(file.parent_path());
     std::ofstream stream(file, std::ios::binary | std::ios::trunc);
     stream.write(bytes.data(), static_cast<std::streamsize>(bytes.size()));
@@ -41,13 +43,13 @@ class TempFolder {
 
   // Makes a folder, with those that lead to it. Returns its native path.
   std::filesystem::path makeFolder(std::string_view relative) const {
-    std::filesystem::create_directories(path_ / relative);
-    return path_ / relative;
+    std::filesystem::create_directories(*this / relative);
+    return *this / relative;
   }
 
   // A file's bytes. Throws when there is no such file, so that a missing one never passes for an empty one.
   [[nodiscard]] std::string read(std::string_view relative) const {
-    const std::filesystem::path file = path_ / relative;
+    const std::filesystem::path file = *this / relative;
     std::ifstream stream(file, std::ios::binary);
     if (!stream) throw std::runtime_error("can't read " + file.string());
     std::ostringstream bytes;
@@ -56,7 +58,7 @@ class TempFolder {
   }
 
   [[nodiscard]] bool has(std::string_view relative) const {
-    return std::filesystem::exists(std::filesystem::symlink_status(path_ / relative));
+    return std::filesystem::exists(std::filesystem::symlink_status(*this / relative));
   }
 
  private:

@@ -1,57 +1,16 @@
 // The built program as a process of its own, in a scratch copy of its folder.
 #pragma once
 
-#include <sys/types.h>
-
-#include <csignal>
 #include <filesystem>
 #include <map>
 #include <string>
 #include <vector>
 
 #include "fakes/export_test.h"
+#include "fakes/lines_of.h"
+#include "running_process.h"
 
 namespace trelvin::test {
-
-struct ProcessResult {
-  int exitCode = -1;  // -1 for a process that a signal ended
-  int signal = 0;
-  std::string standardOutput;
-  std::string standardError;
-};
-
-// A process that was started and is waited for, or killed, by its owner.
-class RunningProcess {
- public:
-  // Runs with its own current directory; TRELVIN_NETWORK names the network. As an ordinary user a process of
-  // the machine's administrator gives his rights away, so that read-only files are read-only to it.
-  struct Options {
-    std::filesystem::path executable;
-    std::vector<std::string> arguments;
-    std::filesystem::path currentFolder;
-    std::filesystem::path network;
-    bool asOrdinaryUser = false;
-    std::map<std::string, std::string>
-        environment{};  // beside what the tests run in; there is no screen in it
-    // Standard output goes into this descriptor instead of a file that result() reads.
-    int outputDescriptor = -1;
-    // What the process gets when its owner goes, or the tests themselves do.
-    int endSignal = SIGKILL;
-  };
-  explicit RunningProcess(const Options& options);
-  RunningProcess(const RunningProcess&) = delete;
-  RunningProcess& operator=(const RunningProcess&) = delete;
-  ~RunningProcess();
-
-  void kill();
-  ProcessResult wait();
-
- private:
-  pid_t process_ = -1;
-  int endSignal_ = SIGKILL;
-  int output_ = -1;
-  int error_ = -1;
-};
 
 // A scratch machine with the program's folder and the executable in it. The fixture's own platform serves to
 // look into the databases.
@@ -81,11 +40,6 @@ class ScenarioTest : public ExportTest {
 
   // The bytes of every file below a folder of the scratch machine.
   [[nodiscard]] std::map<std::string, std::string> bytesBelow(const std::string& relative) const;
-
-  // Gives a folder, with all in it, to the user that a process with few rights runs as.
-  void giveAway(const std::string& relative) const;
 };
-
-std::vector<std::string> linesOf(const std::string& text);
 
 }  // namespace trelvin::test

@@ -5,7 +5,6 @@
 #include <stdexcept>
 #include <utility>
 
-#include "core/text.h"
 #include "platform/windows/wide_text.h"
 
 namespace trelvin::test {
@@ -32,23 +31,18 @@ std::string textOf(const std::filesystem::path& path) {
 
 }  // namespace
 
-std::vector<std::string> linesOf(const std::string& text) {
-  std::vector<std::string> lines = split(replaceAll(text, "\r\n", "\n"), '\n');
-  if (!lines.empty() && lines.back().empty()) lines.pop_back();
-  return lines;
-}
-
 ProgramProcess::ProgramProcess(const std::filesystem::path& program, std::string_view arguments,
-                               const std::filesystem::path& currentFolder, std::filesystem::path streams)
+                               const std::filesystem::path& currentFolder, std::filesystem::path streams,
+                               HANDLE output)
     : streams_(std::move(streams)) {
   std::filesystem::create_directories(streams_);
-  output_ = fileForProgram(streams_ / kOutput);
+  if (output == nullptr) output_ = fileForProgram(streams_ / kOutput);
   error_ = fileForProgram(streams_ / kError);
   std::wstring line = L"\"" + program.wstring() + L"\" " + wideText(arguments);
   STARTUPINFOW start{};
   start.cb = sizeof(start);
   start.dwFlags = STARTF_USESTDHANDLES;
-  start.hStdOutput = output_.get();
+  start.hStdOutput = output == nullptr ? output_.get() : output;
   start.hStdError = error_.get();
   PROCESS_INFORMATION process{};
   if (!::CreateProcessW(program.c_str(), line.data(), nullptr, nullptr, TRUE, 0, nullptr,
@@ -62,8 +56,12 @@ ProgramProcess::ProgramProcess(const std::filesystem::path& program, std::string
 
 ProgramProcess::~ProgramProcess() {
   if (hasEnded()) return;
-  ::TerminateProcess(process_.get(), ~UINT{0});
+  kill(~UINT{0});
   ::WaitForSingleObject(process_.get(), kPatience);
+}
+
+void ProgramProcess::kill(UINT status) {
+  ::TerminateProcess(process_.get(), status);
 }
 
 bool ProgramProcess::hasEnded() const {
@@ -74,11 +72,13 @@ Outcome ProgramProcess::outcome() {
   if (::WaitForSingleObject(process_.get(), kPatience) != WAIT_OBJECT_0) {
     throw std::runtime_error("the program does not end");
   }
-  output_.reset();
-  error_.reset();
   Outcome outcome;
   ::GetExitCodeProcess(process_.get(), &outcome.status);
-  outcome.output = linesOf(textOf(streams_ / kOutput));
+  error_.reset();
+  if (output_) {
+    output_.reset();
+    outcome.output = linesOf(textOf(streams_ / kOutput));
+  }
   outcome.error = textOf(streams_ / kError);
   return outcome;
 }

@@ -7,6 +7,7 @@
 #include <string_view>
 #include <vector>
 
+#include "fakes/lines_of.h"
 #include "platform/windows/windows_api.h"
 
 namespace trelvin::test {
@@ -19,13 +20,10 @@ struct HandleCloser {
 };
 using Handle = std::unique_ptr<void, HandleCloser>;
 
-// Without the ends of the lines, and without the empty line behind the last one.
-std::vector<std::string> linesOf(const std::string& text);
-
 // What comes of a program: its status and what it has written.
 struct Outcome {
   DWORD status = ~DWORD{0};
-  std::vector<std::string> output;
+  std::vector<std::string> output;  // empty where a handle got it
   std::string error;
 };
 
@@ -33,15 +31,17 @@ struct Outcome {
 class ProgramProcess {
  public:
   // Its streams go to files in the folder, so that each process that runs at the same time needs one of its
-  // own. Throws when it can't be started.
+  // own; standard output goes to a handle instead that can be inherited. Throws when it can't be started.
   ProgramProcess(const std::filesystem::path& program, std::string_view arguments,
-                 const std::filesystem::path& currentFolder, std::filesystem::path streams);
+                 const std::filesystem::path& currentFolder, std::filesystem::path streams,
+                 HANDLE output = nullptr);
   ProgramProcess(const ProgramProcess&) = delete;
   ProgramProcess& operator=(const ProgramProcess&) = delete;
   ~ProgramProcess();
 
   [[nodiscard]] DWORD number() const { return number_; }
   [[nodiscard]] bool hasEnded() const;
+  void kill(UINT status);
   // Waits for its end. Throws when it doesn't come.
   Outcome outcome();
 

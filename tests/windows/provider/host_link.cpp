@@ -5,6 +5,7 @@
 #include "core/err.h"
 #include "platform/windows/adsi/com.h"
 #include "platform/windows/wide_text.h"
+#include "windows/provider/native_path.h"
 
 namespace trelvin::test {
 
@@ -14,18 +15,6 @@ std::string environmentText(const wchar_t* name) {
   std::array<wchar_t, 1024> text{};
   const DWORD length = ::GetEnvironmentVariableW(name, text.data(), static_cast<DWORD>(text.size()));
   return utf8Text({text.data(), length});
-}
-
-// Where a file lies for a program of the machine that Windows is emulated on.
-std::string nativePath(const std::string& path) {
-  using UnixFileName = char* (*)(const wchar_t* path);
-  const FARPROC found = ::GetProcAddress(::GetModuleHandleW(L"kernel32.dll"), "wine_get_unix_file_name");
-  if (found == nullptr) throw Failure(error_number::kServerUnavailable, "This is no emulated Windows.");
-  char* const native = reinterpret_cast<UnixFileName>(reinterpret_cast<void*>(found))(wideText(path).c_str());
-  if (native == nullptr) throw Failure(error_number::kPathNotFound);
-  std::string result = native;
-  ::HeapFree(::GetProcessHeap(), 0, native);
-  return result;
 }
 
 // Never destroyed: at the end of the process there are no sockets any more.
