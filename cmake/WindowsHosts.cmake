@@ -2,7 +2,8 @@
 
 # Has the metabase files for the directory provider.
 add_executable(directory_host
-  windows/provider_host/main.cpp windows/provider_host/served_metabase.cpp windows/provider/wire.cpp)
+  windows/provider_host/main.cpp windows/provider_host/served_metabase.cpp windows/provider_host/shares.cpp
+  windows/provider/wire.cpp)
 target_include_directories(directory_host PRIVATE ${CMAKE_CURRENT_SOURCE_DIR})
 target_link_libraries(directory_host PRIVATE trelvin_linux)
 

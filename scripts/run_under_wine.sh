@@ -1,8 +1,8 @@
 #!/usr/bin/env bash
 # Runs a Windows program under Wine and passes its status on. Its output goes through a file, since Wine's services
 # would keep a pipe open. With TRELVIN_DIRECTORY_HOST in the environment that program is the host of the tests'
-# directory provider: it runs beside the Windows program, which finds its port in TRELVIN_DIRECTORY_PORT. Only a program
-# that is meant to gets the screen (scripts/on_wine_desktop.sh).
+# directory provider: it runs beside the Windows program, which finds its port in TRELVIN_DIRECTORY_PORT, and makes the
+# shares of its servers known to Wine. Only a program that is meant to gets the screen (scripts/on_wine_desktop.sh).
 #
 #   scripts/run_under_wine.sh program.exe [argument ...]
 set -euo pipefail
@@ -10,6 +10,8 @@ set -euo pipefail
 output=$(mktemp)
 trap 'rm -f "$output"' EXIT
 if [[ -n ${TRELVIN_DIRECTORY_HOST:-} ]]; then
+  # Wine looks for \\server\share below this link.
+  export TRELVIN_SHARES_LINK=${WINEPREFIX:-$HOME/.wine}/dosdevices/unc
   # It ends with its standard input, that is with this script.
   coproc host { exec "$TRELVIN_DIRECTORY_HOST"; }
   read -r TRELVIN_DIRECTORY_PORT <&"${host[0]}"

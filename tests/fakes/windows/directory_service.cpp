@@ -66,6 +66,7 @@ std::unique_ptr<Metabase> makeDirectoryService(const std::filesystem::path& netw
   }
   ::SetEnvironmentVariableW(L"TRELVIN_NETWORK", networkFolder.c_str());
   registerDirectoryService();
+  callProvider("openDirectoryService");
   return std::make_unique<CountedMetabase>(makeAdsiMetabase());
 }
 

@@ -8,9 +8,10 @@
 
 namespace trelvin::test {
 
-// The servers of a network folder, through COM. Registers the provider, which has to lie beside the test
-// program and needs its host (scripts/run_under_wine.sh); throws when that is not there. One at a time. When
-// it goes, an object that was not let go of fails the test.
+// The servers of a network folder, through COM, with their shares: from now on \\server\D$ is the folder
+// server/D$ in it, for every program under the same Wine. Registers the provider, which has to lie beside the
+// test program and needs its host (scripts/run_under_wine.sh); throws when that is not there. One at a time.
+// When it goes, an object that was not let go of fails the test.
 std::unique_ptr<Metabase> makeDirectoryService(const std::filesystem::path& networkFolder);
 
 // How many objects of the directory service somebody refers to.

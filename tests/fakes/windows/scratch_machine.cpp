@@ -1,6 +1,7 @@
 #include "fakes/scratch_machine.h"
 
 #include "fakes/windows/directory_service.h"
+#include "fakes/windows/network_files.h"
 #include "platform/shared/odbc/odbc_databases.h"
 #include "platform/windows/access_lists.h"
 #include "platform/windows/adsi/adsi_metabase.h"
@@ -16,7 +17,7 @@ namespace trelvin::test {
 // The registry is that of all tests, so each begins without the program's key.
 void useScratchMachine(Platform& set, const ScratchMachine& /*machine*/) {
   ::RegDeleteTreeW(HKEY_LOCAL_MACHINE, L"Software\\Morvane");
-  set.files = makeFileSystem();
+  set.files = std::make_unique<NetworkFiles>(makeFileSystem());
   set.profile = makeProfileFiles();
   set.createNtfsControl = [] { return makeAccessLists(makeFileSecurity()); };
   set.shell = makeShellCopy();

@@ -132,6 +132,16 @@ extern "C" long liveDirectoryObjects() {
   return liveObjects;
 }
 
+// From here on the host serves the network folder: its metabases, and its shares under their names.
+extern "C" HRESULT STDMETHODCALLTYPE openDirectoryService() {
+  try {
+    HostLink::current();
+    return S_OK;
+  } catch (const std::exception&) {
+    return E_FAIL;
+  }
+}
+
 // The program is done: the host completes the metabase files.
 extern "C" void closeDirectoryService() {
   HostLink::leave();

@@ -7,6 +7,7 @@
 #include "core/err.h"
 #include "platform/linux/metabase/metabase_file.h"
 #include "platform/linux/paths.h"
+#include "windows/provider_host/shares.h"
 
 namespace trelvin::test {
 
@@ -64,6 +65,7 @@ Value ServedMetabase::perform(const Request& request) {
   switch (request.operation) {
     case Operation::kServe:
       metabase_ = metabaseOf(Arguments(request.arguments).text(0));
+      placeShares(Arguments(request.arguments).text(0));
       return {};
     case Operation::kBind:
       if (!metabase_) throw Failure(error_number::kServerUnavailable);
