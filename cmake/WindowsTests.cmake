@@ -28,13 +28,21 @@ set_target_properties(data_source_installer PROPERTIES
 target_include_directories(data_source_installer PRIVATE ${CMAKE_SOURCE_DIR}/src)
 target_link_libraries(data_source_installer PRIVATE trelvin_warnings)
 
-# The databases: the Access driver's name leads to a driver of the Linux build.
-set(odbc_folder ${CMAKE_BINARY_DIR}/odbc)
-file(WRITE ${odbc_folder}/odbcinst.ini
-  "[Microsoft Access Driver (*.mdb)]\nDriver=${TRELVIN_LINUX_BUILD}/tests/access_driver.so\n")
-
-# Gives a suite what stands behind directory service and databases.
+# Gives a suite what stands behind directory service and databases. The Access driver's name leads to a driver of the
+# Linux build; each suite has a folder for the driver manager's files, as it may write data sources there.
 function(use_hosts suite)
+  set(odbc_folder ${CMAKE_BINARY_DIR}/odbc/${suite})
+  file(WRITE ${odbc_folder}/odbcinst.ini
+    "[Microsoft Access Driver (*.mdb)]\nDriver=${TRELVIN_LINUX_BUILD}/tests/access_driver.so\n")
+  # Registry, directory service and shares are there once.
+  set_tests_properties(${suite} PROPERTIES RESOURCE_LOCK windows_machine)
   set_property(TEST ${suite} APPEND PROPERTY
-    ENVIRONMENT "TRELVIN_DIRECTORY_HOST=${TRELVIN_LINUX_BUILD}/tests/directory_host" "ODBCSYSINI=${odbc_folder}")
+    ENVIRONMENT "TRELVIN_DIRECTORY_HOST=${TRELVIN_LINUX_BUILD}/tests/directory_host"
+                "ODBCSYSINI=${odbc_folder}" "ODBCINI=${odbc_folder}/user.ini")
+endfunction()
+
+# Leaves out tests of a suite, given as GoogleTest's patterns.
+function(leave_out suite)
+  list(JOIN ARGN ":" patterns)
+  set_property(TEST ${suite} APPEND PROPERTY ENVIRONMENT "GTEST_FILTER=-${patterns}")
 endfunction()

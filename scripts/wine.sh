@@ -20,6 +20,16 @@ prepareWine() {
   # It says no when it runs already, as after an earlier run.
   wineserver -p </dev/null >/dev/null 2>&1 || true
   env -u DISPLAY "$kWine" wineboot </dev/null >/dev/null 2>&1
+  [[ -d $WINEPREFIX/drive_c/t ]] || useShortTemporaryFolder
+}
+
+# The program tells a missing key of a job from one that is there only while the job's path is short.
+useShortTemporaryFolder() {
+  local variable
+  for variable in TEMP TMP; do
+    env -u DISPLAY "$kWine" reg add 'HKCU\Environment' /v "$variable" /d 'C:\t' /f </dev/null >/dev/null 2>&1
+  done
+  mkdir "$WINEPREFIX/drive_c/t"
 }
 
 # Ends everything that runs in the prefix.

@@ -13,14 +13,15 @@ namespace {
 
 class IniSettingsTest : public ProgramTest {
  protected:
-  // A job file in the current directory, and its name as the job's path.
+  // A job file in the current directory, and its path from there, which may be short or as long as a test
+  // wants it. It says that it begins there, since Windows looks for a bare name in a folder of its own.
   void useJob(const std::string& name, const std::string& text) {
     folder.write("work/" + name, text);
-    run.sBackupJob = name;
+    run.sBackupJob = ".\\" + name;
   }
-  [[nodiscard]] std::string jobText() const { return folder.read("work/" + run.sBackupJob); }
-  // A file name of so many characters.
-  static std::string nameOfLength(std::size_t length) { return std::string(length - 4, 'j') + ".job"; }
+  [[nodiscard]] std::string jobText() const { return folder.read("work/" + run.sBackupJob.substr(2)); }
+  // A file name that makes a path of so many characters.
+  static std::string nameForLength(std::size_t length) { return std::string(length - 6, 'j') + ".job"; }
 };
 
 class BrokenProfile : public ProfileFiles {
@@ -106,7 +107,9 @@ TEST_F(IniSettingsTest, AValueOf49CharactersComesBackWholeAndOfALongerOneTheFirs
 TEST_F(IniSettingsTest, AValueIsCutByCharactersAndNotByBytes) {
   std::string letters;
   for (int i = 0; i < 49; ++i) letters += "\xC3\xA4";
-  useJob("a.job", "[S]\r\nWhole=" + letters + "\r\nCut=" + letters + "\xC3\xA4\r\n");
+  run.sBackupJob = ".\\a.job";
+  saveIniSetting("S", "Whole", letters);
+  saveIniSetting("S", "Cut", letters + "\xC3\xA4");
   EXPECT_EQ(returnIniSetting("S", "Whole"), letters);
   EXPECT_EQ(returnIniSetting("S", "Cut"), letters);
 }
@@ -117,26 +120,26 @@ TEST_F(IniSettingsTest, AValueOfOneCharacterComesBack) {
 }
 
 TEST_F(IniSettingsTest, AValueThatIsTheJobsOwnPathReadsAsMissing) {
-  useJob("a.job", "[S]\r\nA=a.job\r\n");
+  useJob("a.job", "[S]\r\nA=.\\a.job\r\n");
   EXPECT_EQ(returnIniSetting("S", "A"), "");
 }
 
 TEST_F(IniSettingsTest, AnotherValueAsLongAsThePathIsNoMissingKey) {
-  useJob("a.job", "[S]\r\nA=b.job\r\nB=xa.job\r\n");
-  EXPECT_EQ(returnIniSetting("S", "A"), "b.job");
-  EXPECT_EQ(returnIniSetting("S", "B"), "xa.job");
+  useJob("a.job", "[S]\r\nA=.\\b.job\r\nB=x.\\a.job\r\n");
+  EXPECT_EQ(returnIniSetting("S", "A"), ".\\b.job");
+  EXPECT_EQ(returnIniSetting("S", "B"), "x.\\a.job");
 }
 
 TEST_F(IniSettingsTest, APathOf49CharactersStillTellsAMissingKey) {
-  useJob(nameOfLength(49), "[S]\r\nA=1\r\n");
+  useJob(nameForLength(49), "[S]\r\nA=1\r\n");
   EXPECT_EQ(returnIniSetting("S", "B"), "");
   EXPECT_EQ(returnIniSetting("S", "A"), "1");
 }
 
 TEST_F(IniSettingsTest, ALongerPathIsTakenForTheValueOfAMissingKey) {
   for (const std::size_t length : {50U, 51U, 120U}) {
-    useJob(nameOfLength(length), "[S]\r\nA=1\r\n");
-    EXPECT_EQ(returnIniSetting("S", "B"), nameOfLength(length).substr(0, 49)) << length;
+    useJob(nameForLength(length), "[S]\r\nA=1\r\n");
+    EXPECT_EQ(returnIniSetting("S", "B"), run.sBackupJob.substr(0, 49)) << length;
     EXPECT_EQ(returnIniSetting("S", "A"), "1") << length;
   }
 }
@@ -159,7 +162,7 @@ TEST_F(IniSettingsTest, AFailureToReadIsLoggedAndGivesAnEmptyText) {
 }
 
 TEST_F(IniSettingsTest, TheFirstSaveMakesFileSectionAndKey) {
-  run.sBackupJob = "new.job";
+  run.sBackupJob = ".\\new.job";
   EXPECT_TRUE(saveIniSetting("Import", "Server", "web1"));
   EXPECT_EQ(returnIniSetting("Import", "Server"), "web1");
   EXPECT_NE(jobText().find("[Import]"), std::string::npos);
@@ -210,7 +213,7 @@ TEST_F(IniSettingsTest, AnotherJobPathRedirectsAllLaterCalls) {
   useJob("b.job", "[S]\r\nA=2\r\n");
   EXPECT_EQ(returnIniSetting("S", "A"), "2");
   saveIniSetting("S", "A", "3");
-  run.sBackupJob = "a.job";
+  run.sBackupJob = ".\\a.job";
   EXPECT_EQ(returnIniSetting("S", "A"), "1");
 }
 

@@ -597,7 +597,7 @@ INSTANTIATE_TEST_SUITE_P(
                                  [] {
                                    for (const char* text :
                                         {"d:\\inetpub", "a=b", "[x]", "; y", "=", "M\xc3\xbcnchen",
-                                         "\xce\xa9mega", "it's", "say \"x\" twice"}) {
+                                         "\xc3\x86r\xc3\xb8", "it's", "say \"x\" twice"}) {
                                      frmMain.lstOldValues.addItem(text);
                                      frmMain.lstNewValues.addItem(text);
                                    }

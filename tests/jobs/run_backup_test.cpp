@@ -213,9 +213,10 @@ TEST_F(JobRun, KeepsItsDatabaseForASwitchWithoutAValue) {
 }
 
 TEST_F(JobRun, StopsWhereTheDatabaseOfTheCommandLineCantBeOpened) {
-  runJob(" -C " + fileConnectionString(programPath() + "\\Missing.mdb"));
+  const std::string missing = fileConnectionString(programPath() + "\\Missing.mdb");
+  runJob(" -C " + missing);
   EXPECT_THAT(logLines().back(), StartsWith(kLabel + std::to_string(error_number::kUnspecified) + " "));
-  EXPECT_THAT(logLines().back(), HasSubstr("Missing.mdb"));
+  EXPECT_EQ(logLines().back(), kLabel + failureOfOpening(missing));
   EXPECT_THAT(phases(), ElementsAre("Loading...", "Loading complete", "Running backup job"));
   EXPECT_TRUE(frmMain.loaded) << "the window stays until someone closes it";
   EXPECT_TRUE(run.bRunSilent);

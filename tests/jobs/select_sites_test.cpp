@@ -250,8 +250,10 @@ TEST_F(PerRunDatabase, LogsATemplateThatIsNoDatabase) {
   openForRun();
   folder.write("program/ForBackups.mdb", "this is no database, only a few words");
   SelectSitesFromBackup();
-  EXPECT_THAT(logLines().back(), AllOf(StartsWith(kLabel + std::to_string(error_number::kUnspecified) + " "),
-                                       HasSubstr("20040307-0230.mdb")));
+  EXPECT_THAT(logLines().back(), StartsWith(kLabel + std::to_string(error_number::kUnspecified) + " "));
+  EXPECT_EQ(
+      logLines().back(),
+      kLabel + failureOfOpening(fileConnectionString(programPath() + "\\BackupJobs\\20040307-0230.mdb")));
 }
 
 TEST_F(PerRunDatabase, LogsAFolderThatCantBeMade) {

@@ -41,7 +41,6 @@ class DatabaseSelectionTest : public ProgramTest {
   static Texts stored() {
     return {readProgramValue("ODBCDSN"), readProgramValue("ODBCUID"), readProgramValue("ODBCPWD")};
   }
-  [[nodiscard]] std::string registryFile() const { return folder.read("program/Registry.reg"); }
 };
 
 TEST_F(DatabaseSelectionTest, TheMenuShowsTheDialogModalOverTheMainWindow) {
@@ -140,7 +139,8 @@ TEST_F(DatabaseSelectionTest, SavingTheDefaultKeepsUserAndPasswordAsTheyAre) {
   frmDatabaseSelect.optDefault.setValue(true);
   pressSave();
   EXPECT_EQ(stored(), (Texts{"", "me", "secret"}));
-  EXPECT_NE(registryFile().find("\"ODBCDSN\"=\"\""), std::string::npos);
+  EXPECT_EQ(platform().registry->queryValue(RegistryRoot::kLocalMachine, kRegistryKey, "ODBCDSN").code, 0)
+      << "an empty value, not a missing one";
   EXPECT_FALSE(frmDatabaseSelect.loaded);
   EXPECT_FALSE(frmDatabaseSelect.visible);
 }
@@ -174,33 +174,6 @@ TEST_F(DatabaseSelectionTest, ASourceThatIsNotSelectedFailsToTheCallerAndStoresN
   EXPECT_EQ(stored(), (Texts{"Gone", "me", "secret"}));
   EXPECT_TRUE(frmDatabaseSelect.loaded);
   EXPECT_TRUE(frmDatabaseSelect.visible);
-}
-
-TEST_F(DatabaseSelectionTest, TheFileWithThePasswordIsReadableByItsOwnerOnly) {
-  folder.write("program/Registry.reg", "");
-  std::filesystem::permissions(programFolder() / "Registry.reg", std::filesystem::perms(0666));
-  openDialog();
-  frmDatabaseSelect.optODBC.setValue(true);
-  frmDatabaseSelect.lstODBC.setListIndex(0);
-  frmDatabaseSelect.txtPassword.text = "secret";
-  pressSave();
-  EXPECT_NE(registryFile().find("secret"), std::string::npos);
-  EXPECT_EQ(std::filesystem::status(programFolder() / "Registry.reg").permissions(),
-            std::filesystem::perms(0600));
-}
-
-TEST_F(DatabaseSelectionTest, AWriteThatIsRefusedIsSilentAndTheDialogGoes) {
-  folder.write("program/Registry.reg", "Windows Registry Editor Version 5.00\r\n");
-  std::filesystem::permissions(programFolder() / "Registry.reg", std::filesystem::perms(0400));
-  openDialog();
-  frmDatabaseSelect.optODBC.setValue(true);
-  frmDatabaseSelect.lstODBC.setListIndex(0);
-  const Texts before = logLines();
-  pressSave();
-  EXPECT_EQ(stored(), (Texts{"", "", ""}));
-  EXPECT_EQ(logLines(), before);
-  EXPECT_TRUE(dialogs->shown.empty());
-  EXPECT_FALSE(frmDatabaseSelect.loaded);
 }
 
 TEST_F(DatabaseSelectionTest, TheChoiceTakesEffectAtTheNextStart) {

@@ -3,6 +3,7 @@
 #include "core/err.h"
 #include "core/run_state.h"
 #include "core/text.h"
+#include "fakes/some_cases.h"
 #include "round_trip_fixture.h"
 #include "window/frm_main.h"
 
@@ -93,7 +94,7 @@ TEST_P(SeededRoundTrip, GivesTheSitesThatTheStraightWayGives) {
   expectNoOtherFailures("seed " + std::to_string(seed));
 }
 
-INSTANTIATE_TEST_SUITE_P(Seeds, SeededRoundTrip, ::testing::Range(1U, 5U));
+INSTANTIATE_TEST_SUITE_P(Seeds, SeededRoundTrip, ::testing::ValuesIn(someOf<unsigned>({1, 2, 3, 4})));
 
 struct Versions {
   int from;
@@ -110,9 +111,9 @@ TEST_P(VersionedRoundTrip, GivesTheSameSiteBetweenGenerations) {
   expectSameSite(1, "IIS " + std::to_string(GetParam().from) + " to " + std::to_string(GetParam().to));
 }
 
-INSTANTIATE_TEST_SUITE_P(Pairs, VersionedRoundTrip,
-                         ::testing::Values(Versions{4, 4}, Versions{4, 5}, Versions{4, 6}, Versions{5, 4},
-                                           Versions{5, 5}, Versions{5, 6}, Versions{6, 4}, Versions{6, 5}));
+INSTANTIATE_TEST_SUITE_P(
+    Pairs, VersionedRoundTrip,
+    ::testing::ValuesIn(someOf<Versions>({{4, 6}, {4, 4}, {4, 5}, {5, 4}, {6, 4}, {5, 5}, {5, 6}, {6, 5}})));
 
 TEST_F(RandomRoundTrip, GivesTheSameFtpSites) {
   std::string sites;

@@ -13,6 +13,7 @@
 #include <array>
 #include <cctype>
 #include <cstdlib>
+#include <fstream>
 #include <map>
 #include <optional>
 #include <string>
@@ -58,6 +59,26 @@ std::string nativePath(std::string path) {
   if (prefix == nullptr || path.size() < 2 || path[1] != ':') return path;
   path[0] = static_cast<char>(std::tolower(static_cast<unsigned char>(path[0])));
   return std::string(prefix) + "/dosdevices/" + path;
+}
+
+// SQLite would take any file and find out at the first statement that it is no database; the Access driver
+// finds out at once. An empty file is a database that was just made.
+bool isDatabase(const std::string& path) {
+  constexpr std::string_view kBeginning = "SQLite format 3";
+  std::string beginning(kBeginning.size(), ' ');
+  std::ifstream file(path, std::ios::binary);
+  if (!file) return false;
+  file.read(beginning.data(), static_cast<std::streamsize>(beginning.size()));
+  return file.gcount() == 0 || beginning == kBeginning;
+}
+
+// A data source, which names no file, is told as it stands.
+std::string sqliteConnection(const std::string& connectionString) {
+  const std::string database = databaseOf(connectionString);
+  if (database.empty()) return connectionString;
+  const std::string path = nativePath(database);
+  return "Database=" + (isDatabase(path) ? path : path + " is no database") +
+         ";NoCreat=1;Timeout=2500;SyncPragma=OFF;";
 }
 
 bool isText(SQLUSMALLINT information) {
@@ -132,8 +153,7 @@ extern "C" {
 SQLRETURN SQL_API SQLDriverConnectW(SQLHDBC connection, SQLHWND window, SQLWCHAR* in, SQLSMALLINT inLength,
                                     SQLWCHAR* /*out*/, SQLSMALLINT /*outSize*/, SQLSMALLINT* /*outLength*/,
                                     SQLUSMALLINT completion) {
-  const std::string path = nativePath(databaseOf(utf8Of(in, inLength)));
-  std::string own = "Database=" + path + ";NoCreat=1;Timeout=2500;SyncPragma=OFF;";
+  std::string own = sqliteConnection(utf8Of(in, inLength));
   return real<decltype(&SQLDriverConnect)>("SQLDriverConnect")(
       connection, window, reinterpret_cast<SQLCHAR*>(own.data()), SQL_NTS, nullptr, 0, nullptr, completion);
 }
