@@ -29,16 +29,18 @@ target_include_directories(data_source_installer PRIVATE ${CMAKE_SOURCE_DIR}/src
 target_link_libraries(data_source_installer PRIVATE trelvin_warnings)
 
 # Gives a suite what stands behind directory service and databases. The Access driver's name leads to a driver of the
-# Linux build; each suite has a folder for the driver manager's files, as it may write data sources there.
-function(use_hosts suite)
+# Linux build; each suite has a folder for the driver manager's files, as it may write data sources there. Those with the
+# same machine, a Windows that scripts/windows.sh prepares, wait for each other: it has one registry, one directory service
+# and one set of shares.
+function(use_hosts suite machine)
   set(odbc_folder ${CMAKE_BINARY_DIR}/odbc/${suite})
   file(WRITE ${odbc_folder}/odbcinst.ini
     "[Microsoft Access Driver (*.mdb)]\nDriver=${TRELVIN_LINUX_BUILD}/tests/access_driver.so\n")
-  # Registry, directory service and shares are there once.
-  set_tests_properties(${suite} PROPERTIES RESOURCE_LOCK windows_machine)
+  set_tests_properties(${suite} PROPERTIES RESOURCE_LOCK ${machine})
   set_property(TEST ${suite} APPEND PROPERTY
     ENVIRONMENT "TRELVIN_DIRECTORY_HOST=${TRELVIN_LINUX_BUILD}/tests/directory_host"
-                "ODBCSYSINI=${odbc_folder}" "ODBCINI=${odbc_folder}/user.ini")
+                "ODBCSYSINI=${odbc_folder}" "ODBCINI=${odbc_folder}/user.ini"
+                "WINEPREFIX=${CMAKE_BINARY_DIR}/${machine}")
 endfunction()
 
 # Leaves out tests of a suite, given as GoogleTest's patterns.

@@ -34,5 +34,6 @@ installMissing "${kBuildPackages[@]}" "${kWindowsPackages[@]}"
 buildPreset default windows_hosts
 buildPreset windows
 trap stopWine EXIT
+prepareWine build-windows/wine-transfer
 prepareWine build-windows/wine
-ctest --preset windows --no-tests=error
+ctest --preset windows --parallel "$(nproc)" --no-tests=error

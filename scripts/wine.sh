@@ -4,13 +4,16 @@
 export WINEDEBUG=-all WINEDLLOVERRIDES='mscoree,mshtml='
 # Debian's wine64 package doesn't put the loader on the path.
 readonly kWine=/usr/lib/wine/wine64
+preparedPrefixes=()
 
 # Makes the prefix unless it is there, and starts its services. They must not be started by the first test: they would
-# keep its output open, and the test's caller would wait for them. $1: the folder of the prefix.
+# keep its output open, and the test's caller would wait for them. The last one that was prepared is the one in use. $1:
+# the folder of the prefix.
 prepareWine() {
   mkdir -p "$(dirname "$1")"
   WINEPREFIX=$(realpath -m "$1")
   export WINEPREFIX
+  preparedPrefixes+=("$WINEPREFIX")
   if [[ ! -f $WINEPREFIX/system.reg ]]; then
     env -u DISPLAY "$kWine" wineboot -i </dev/null >/dev/null 2>&1
     wineserver -w
@@ -32,7 +35,10 @@ useShortTemporaryFolder() {
   mkdir "$WINEPREFIX/drive_c/t"
 }
 
-# Ends everything that runs in the prefix.
+# Ends everything that runs in the prefixes.
 stopWine() {
-  wineserver -k </dev/null >/dev/null 2>&1 || true
+  local prefix
+  for prefix in "${preparedPrefixes[@]}"; do
+    WINEPREFIX=$prefix wineserver -k </dev/null >/dev/null 2>&1 || true
+  done
 }

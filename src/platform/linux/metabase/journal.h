@@ -3,7 +3,8 @@
 // A commit appends one record and is done with; what was written survives a killed process, because it is the
 // system's from then on. It is not forced to the disk record by record: a power cut may cost the last
 // moments, as it may on a real server, which writes its file every few minutes, but it never tears the
-// metabase.
+// metabase. If it left a gap in front of later records, the journal counts as damaged: what to do without is
+// for a person to say.
 //
 // Form of the file, numbers with the low byte first: 8 letters, then size and fingerprint of the metabase
 // file that the changes belong to and the fingerprint of these 24 bytes. Then records: length of the content
