@@ -1,16 +1,16 @@
-#include <dlfcn.h>
 #include <gtest/gtest.h>
 
 #include <string>
 
-#include "fakes/scoped_variable.h"
+#include "fakes/data_sources.h"
 #include "odbc/store_fixture.h"
 
 namespace trelvin {
 namespace {
 
+using test::dataSources;
 using test::failureOf;
-using test::ScopedVariable;
+using test::sqliteSource;
 
 class OdbcConnectionTest : public test::StoreTest {};
 
@@ -66,17 +66,9 @@ TEST_F(OdbcConnectionTest, AnUnknownDataSourceFailsWithTheManagersTextWithoutIts
   EXPECT_EQ(failure.description().find('['), std::string::npos) << failure.description();
 }
 
-// The driver's library of settings comes and goes with each connection and forgets what it remembered of
-// odbc.ini, which a leak check then takes for a leak of ours.
-void keepSettingsLibraryLoaded() {
-  dlopen("libodbcinst.so.2", RTLD_LAZY | RTLD_NODELETE);
-}
-
 TEST_F(OdbcConnectionTest, ADataSourceIsReachedByItsNameWithBlanksBehindIt) {
-  keepSettingsLibraryLoaded();
-  const auto file = installed("TrelvinData.mdb");
-  folder_.write("odbc.ini", "[store]\nDriver=SQLite3\nDatabase=" + file.string() + "\nNoCreat=1\n");
-  const ScopedVariable user("ODBCINI", (folder_ / "odbc.ini").string());
+  dataSources.clear();
+  dataSources.setUser(sqliteSource("store", installed("TrelvinData.mdb")));
   auto connection = databases_->createConnection();
   for (const char* text :
        {"DSN=store", "DSN=store ", "DSN=store;  ", "DSN=store;User Id=me;PASSWORD=secret;"}) {

@@ -22,9 +22,8 @@ class StoreTest : public ::testing::Test {
     std::filesystem::copy_file(std::filesystem::path(TRELVIN_DATABASES) / name, folder_ / name);
     return folder_ / name;
   }
-  static std::string connectionString(const std::filesystem::path& file) {
-    return "Driver=SQLite3;Database=" + file.string() + ";NoCreat=1;Timeout=50;";
-  }
+  // How the system's driver manager is asked for a database file.
+  static std::string connectionString(const std::filesystem::path& file);
   std::unique_ptr<Connection> opened(const std::filesystem::path& file) {
     auto connection = databases_->createConnection();
     connection->open(connectionString(file));
