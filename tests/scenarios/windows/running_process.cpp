@@ -2,6 +2,7 @@
 
 #include <chrono>
 #include <stdexcept>
+#include <system_error>
 #include <thread>
 
 #include "fakes/temp_folder.h"
@@ -42,8 +43,12 @@ std::string argumentsOf(const RunningProcess::Options& options) {
 
 bool hasJournals(const fs::path& network) {
   if (!fs::exists(network)) return false;
-  for (const auto& entry : fs::recursive_directory_iterator(network)) {
-    if (entry.path().extension() == ".journal") return true;
+  for (const auto& server : fs::directory_iterator(network)) {
+    for (const char* system : {"WINDOWS", "WINNT"}) {
+      std::error_code ignored;
+      const fs::path metabases = server.path() / "C$" / system / "system32/inetsrv";
+      if (fs::exists(metabases / "MetaBase.xml.journal", ignored)) return true;
+    }
   }
   return false;
 }
