@@ -18,6 +18,6 @@ if [[ -n ${TRELVIN_DIRECTORY_HOST:-} ]]; then
   export TRELVIN_DIRECTORY_PORT
 fi
 status=0
-env WINEDEBUG=-all /usr/lib/wine/wine64 "$@" </dev/null >"$output" 2>&1 || status=$?
+env WINEDEBUG=-all LC_ALL=C.UTF-8 /usr/lib/wine/wine64 "$@" </dev/null >"$output" 2>&1 || status=$?
 cat "$output"
 exit "$status"

@@ -2,6 +2,8 @@
 # shellcheck shell=bash
 
 export WINEDEBUG=-all WINEDLLOVERRIDES='mscoree,mshtml='
+# Else Wine finds no file whose name has a letter beyond ASCII. Each program is started with it too.
+export LC_ALL=C.UTF-8
 # Debian's wine64 package doesn't put the loader on the path.
 readonly kWine=/usr/lib/wine/wine64
 preparedPrefixes=()

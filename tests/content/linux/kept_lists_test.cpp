@@ -1,9 +1,8 @@
 // What lists do that are kept with their files.
-#include "content/content_whole.h"
-
 #include <gmock/gmock.h>
 #include <sys/xattr.h>
 
+#include "content/content_whole.h"
 #include "core/run_state.h"
 
 namespace trelvin::test {
