@@ -10,7 +10,7 @@ source "$folder/wine.sh"
 
 # $1: key below Wine's own, $2: name of the value, $3: the value.
 setWine() {
-  env -u DISPLAY "$kWine" reg add "HKCU\\Software\\Wine\\$1" /v "$2" /d "$3" /f </dev/null >/dev/null 2>&1
+  env -u DISPLAY "${kWine[@]}" reg add "HKCU\\Software\\Wine\\$1" /v "$2" /d "$3" /f </dev/null >/dev/null 2>&1
 }
 
 setWine "AppDefaults\\$(basename "$1")\\Explorer" Desktop Trelvin

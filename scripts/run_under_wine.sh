@@ -6,6 +6,8 @@
 #
 #   scripts/run_under_wine.sh program.exe [argument ...]
 set -euo pipefail
+# shellcheck source=scripts/wine.sh
+source "$(dirname "${BASH_SOURCE[0]}")/wine.sh"
 [[ -n ${TRELVIN_WINE_SCREEN:-} ]] || unset DISPLAY
 output=$(mktemp)
 trap 'rm -f "$output"' EXIT
@@ -18,6 +20,6 @@ if [[ -n ${TRELVIN_DIRECTORY_HOST:-} ]]; then
   export TRELVIN_DIRECTORY_PORT
 fi
 status=0
-env WINEDEBUG=-all LC_ALL=C.UTF-8 /usr/lib/wine/wine64 "$@" </dev/null >"$output" 2>&1 || status=$?
+"${kWine[@]}" "$@" </dev/null >"$output" 2>&1 || status=$?
 cat "$output"
 exit "$status"

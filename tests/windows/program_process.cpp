@@ -14,11 +14,18 @@ namespace {
 constexpr const char* kOutput = "output";
 constexpr const char* kError = "error";
 
+[[noreturn]] void failWithLastError(const std::string& what) {
+  const DWORD number = ::GetLastError();
+  throw std::runtime_error(what + ": " + std::to_string(number) + " " + systemText(number));
+}
+
 // A file for a stream of the program, which gets the handle.
 Handle fileForProgram(const std::filesystem::path& path) {
   SECURITY_ATTRIBUTES inherited{sizeof(SECURITY_ATTRIBUTES), nullptr, TRUE};
-  return Handle(::CreateFileW(path.c_str(), GENERIC_WRITE, FILE_SHARE_READ, &inherited, CREATE_ALWAYS,
-                              FILE_ATTRIBUTE_NORMAL, nullptr));
+  const HANDLE file = ::CreateFileW(path.c_str(), GENERIC_WRITE, FILE_SHARE_READ, &inherited, CREATE_ALWAYS,
+                                    FILE_ATTRIBUTE_NORMAL, nullptr);
+  if (file == INVALID_HANDLE_VALUE) failWithLastError("can't write " + path.string());
+  return Handle(file);
 }
 
 std::string textOf(const std::filesystem::path& path) {
@@ -47,7 +54,7 @@ ProgramProcess::ProgramProcess(const std::filesystem::path& program, std::string
   PROCESS_INFORMATION process{};
   if (!::CreateProcessW(program.c_str(), line.data(), nullptr, nullptr, TRUE, 0, nullptr,
                         currentFolder.c_str(), &start, &process)) {
-    throw std::runtime_error("the program can't be started");
+    failWithLastError("the program can't be started");
   }
   ::CloseHandle(process.hThread);
   process_.reset(process.hProcess);
