@@ -25,21 +25,19 @@ std::string executablePath() {
   }
 }
 
-// What stands behind the program's name, which may be quoted.
-std::string argumentsOf(std::wstring_view line) {
-  const bool quoted = line.starts_with(L'"');
-  const std::size_t end = quoted ? line.find(L'"', 1) : line.find(L' ');
-  if (end == std::wstring_view::npos) return {};
-  line.remove_prefix(quoted ? end + 1 : end);
-  const std::size_t first = line.find_first_not_of(L' ');
-  return first == std::wstring_view::npos ? std::string() : utf8Text(line.substr(first));
-}
-
 // A name of a mutex can't hold a backslash and is told apart by case.
 std::wstring mutexName(const std::string& executable) {
   std::string name = lowerCase(executable);
   std::replace(name.begin(), name.end(), '\\', '/');
-  return wideText("Local\\Trelvin:" + std::string(lastCharacters(name, MAX_PATH - 32)));
+  return wideText("Global\\Trelvin:" + std::string(lastCharacters(name, MAX_PATH - 32)));
+}
+
+// Whether somebody else has claimed the name. If not it is claimed for this process, as the handle is never
+// closed. A claim of another user, or of one with more rights, can't be opened.
+bool isClaimed(const std::wstring& name) {
+  const HANDLE mutex = ::CreateMutexW(nullptr, FALSE, name.c_str());
+  const DWORD error = ::GetLastError();
+  return error == ERROR_ALREADY_EXISTS || (mutex == nullptr && error == ERROR_ACCESS_DENIED);
 }
 
 class ProgramProcess final : public Application {
@@ -51,11 +49,7 @@ class ProgramProcess final : public Application {
   [[nodiscard]] std::string commandLine() const override { return argumentsOf(::GetCommandLineW()); }
 
   bool prevInstance() override {
-    if (!taken_) {
-      // The handle is never closed: the claim lasts as long as the process.
-      ::CreateMutexW(nullptr, FALSE, mutexName(executable_).c_str());
-      taken_ = ::GetLastError() == ERROR_ALREADY_EXISTS;
-    }
+    if (!taken_) taken_ = isClaimed(mutexName(executable_));
     return *taken_;
   }
 
@@ -72,6 +66,13 @@ class ProgramProcess final : public Application {
 };
 
 }  // namespace
+
+std::string argumentsOf(std::wstring_view line) {
+  const bool quoted = line.starts_with(L'"');
+  const std::size_t end = quoted ? line.find(L'"', 1) + 1 : line.find(L' ');
+  const std::size_t begin = line.find(L' ', end);
+  return begin == std::wstring_view::npos ? std::string() : utf8Text(line.substr(begin + 1));
+}
 
 std::unique_ptr<Application> makeApplication() {
   return std::make_unique<ProgramProcess>();
