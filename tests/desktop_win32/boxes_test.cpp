@@ -197,10 +197,24 @@ TEST_F(ChooserTest, TakesAFileToOpenThatIsNotThere) {
   EXPECT_EQ(platform().dialogs->chooseFileToOpen(choice), folder() + "\\Nightly.tpf");
 }
 
+TEST_F(ChooserTest, OffersTheNameWhereItsFolderIsGone) {
+  choice.path = folder() + "\\gone\\Nightly.tpf";
+  hand.willPress(IDOK);
+  const std::optional<std::string> chosen = platform().dialogs->chooseFileToSave(choice);
+  EXPECT_THAT(chosen, ::testing::Optional(::testing::EndsWith("\\Nightly.tpf")));
+}
+
 TEST_F(ChooserTest, LeavesTheFolderOfTheProcessAlone) {
   const auto before = std::filesystem::current_path();
-  hand.willPress(IDOK);
+  const auto goElsewhere = [](HWND box) {
+    std::filesystem::current_path("C:\\");
+    PostMessageW(box, WM_COMMAND, IDOK, 0);
+  };
+  hand.willDo(goElsewhere);
   EXPECT_NE(platform().dialogs->chooseFileToSave(choice), std::nullopt);
+  EXPECT_EQ(std::filesystem::current_path(), before);
+  hand.willDo(goElsewhere);
+  EXPECT_NE(platform().dialogs->chooseFileToOpen(choice), std::nullopt);
   EXPECT_EQ(std::filesystem::current_path(), before);
 }
 

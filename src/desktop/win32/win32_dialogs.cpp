@@ -3,7 +3,9 @@
 #include <commdlg.h>
 
 #include <array>
+#include <filesystem>
 #include <string>
+#include <system_error>
 
 #include "platform/windows/wide_text.h"
 
@@ -59,6 +61,15 @@ std::wstring filtersOf(const FileChoice& choice) {
   return filters + L'\0';
 }
 
+// What the chooser starts on. The folder belongs into the path: one that is named apart counts less than the
+// one that was chosen the time before. A folder that isn't there is left out, as the chooser would not open.
+std::wstring startOf(const std::string& path) {
+  const std::filesystem::path whole = wideText(path);
+  std::error_code ignored;
+  return std::filesystem::is_directory(whole.parent_path(), ignored) ? whole.wstring()
+                                                                     : whole.filename().wstring();
+}
+
 class Win32Dialogs final : public Dialogs {
  public:
   explicit Win32Dialogs(Win32Desktop& desktop) : desktop_(desktop) {}
@@ -100,26 +111,26 @@ class Win32Dialogs final : public Dialogs {
     const std::wstring title = wideText(choice.title);
     const std::wstring filters = filtersOf(choice);
     const std::wstring extension = wideText(choice.defaultExtension);
-    const std::wstring start = wideText(choice.path);
-    const std::size_t name = start.find_last_of(L'\\') + 1;  // all of it without a folder
-    const std::wstring folder = start.substr(0, name);
+    const std::wstring start = startOf(choice.path);
     std::array<wchar_t, 0x8000> path{};
-    start.copy(path.data(), path.size() - 1, name);
+    start.copy(path.data(), path.size() - 1);
     OPENFILENAMEW record{};
     record.lStructSize = sizeof record;
     record.lpstrFilter = choice.filters.empty() ? nullptr : filters.c_str();
     record.nFilterIndex = static_cast<DWORD>(choice.filterIndex);
     record.lpstrFile = path.data();
     record.nMaxFile = static_cast<DWORD>(path.size());
-    record.lpstrInitialDir = folder.empty() ? nullptr : folder.c_str();
     record.lpstrTitle = title.empty() ? nullptr : title.c_str();
     record.lpstrDefExt = extension.empty() ? nullptr : extension.c_str();
-    // Where the process stands is the program's own affair.
+    // Where the process stands is the program's own affair. The flag alone doesn't bind the chooser that
+    // opens.
     record.Flags = choice.flags | OFN_NOCHANGEDIR;
+    const std::filesystem::path current = std::filesystem::current_path();
     const int hasChosen = desktop_.showBox([&](HWND owner) {
       record.hwndOwner = owner;
       return chooser(&record);
     });
+    std::filesystem::current_path(current);
     if (hasChosen == 0) return std::nullopt;
     return utf8Text(path.data());
   }
