@@ -121,6 +121,14 @@ TEST_F(FileSystemContract, NamesComeInOrderFilesAndFoldersApart) {
             error_number::kPathNotFound);
 }
 
+TEST_F(FileSystemContract, AFileIsNoFolderToListNamesOf) {
+  folder_.write("file", "");
+  EXPECT_EQ(numberOfFailure([&] { static_cast<void>(files_->fileNames(path("file"))); }),
+            error_number::kPathNotFound);
+  EXPECT_EQ(numberOfFailure([&] { static_cast<void>(files_->folderNames(path("file"))); }),
+            error_number::kPathNotFound);
+}
+
 TEST_F(FileSystemContract, NamesBeyondAsciiComeAsUtf8) {
   const std::string folder = programForm(folder_.path());
   files_->createFolder(folder + "\\Ordner Grün");

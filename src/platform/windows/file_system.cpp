@@ -64,6 +64,11 @@ bool isFolder(DWORD attributes) {
   return (attributes & FILE_ATTRIBUTE_DIRECTORY) != 0;
 }
 
+bool isFileAt(std::string_view path) {
+  const DWORD attributes = ::GetFileAttributesW(wideText(path).c_str());
+  return attributes != INVALID_FILE_ATTRIBUTES && !isFolder(attributes);
+}
+
 // Of what there is no file at: a folder is none.
 DWORD attributesOfFile(std::string_view path) {
   const DWORD attributes = ::GetFileAttributesW(wideText(path).c_str());
@@ -72,11 +77,13 @@ DWORD attributesOfFile(std::string_view path) {
   return attributes;
 }
 
+template <BOOL(WINAPI* close)(HANDLE)>
 struct HandleCloser {
   using pointer = HANDLE;
-  void operator()(HANDLE handle) const { ::CloseHandle(handle); }
+  void operator()(HANDLE handle) const { close(handle); }
 };
-using Handle = std::unique_ptr<void, HandleCloser>;
+using Handle = std::unique_ptr<void, HandleCloser<CloseHandle>>;
+using Search = std::unique_ptr<void, HandleCloser<FindClose>>;
 
 // A name of its own beside the destination, where the new content grows until it is whole.
 std::wstring nameBeside(const std::wstring& path) {
@@ -128,25 +135,30 @@ BOOL writeAtOnce(HANDLE opened, std::string_view bytes) {
 std::vector<std::string> namesIn(std::string_view folder, bool folders) {
   std::vector<std::string> names;
   WIN32_FIND_DATAW item{};
-  const HANDLE search = ::FindFirstFileW((wideText(folder) + L"\\*").c_str(), &item);
-  check(search != INVALID_HANDLE_VALUE, folder, error::kPathNotFound);
+  const HANDLE found = ::FindFirstFileW((wideText(folder) + L"\\*").c_str(), &item);
+  if (found == INVALID_HANDLE_VALUE) {
+    const DWORD number = ::GetLastError();
+    // Systems differ in what they say of a file in the folder's place.
+    const bool isFile = isFileAt(folder);
+    throw failureAt(folder, isFile ? error::kPathNotFound : runtimeNumber(number, error::kPathNotFound),
+                    number);
+  }
+  const Search search(found);
   do {
     const std::wstring_view name = item.cFileName;
     if (isFolder(item.dwFileAttributes) == folders && name != L"." && name != L"..") {
       names.push_back(utf8Text(name));
     }
-  } while (::FindNextFileW(search, &item));
-  ::FindClose(search);
+  } while (::FindNextFileW(search.get(), &item));
+  // A share that has gone in the middle must not pass for a shorter folder.
+  check(::GetLastError() == ERROR_NO_MORE_FILES, folder, error::kPathNotFound);
   std::sort(names.begin(), names.end(), sortsBefore);
   return names;
 }
 
 class WindowsFileSystem final : public FileSystem {
  public:
-  [[nodiscard]] bool fileExists(std::string_view path) const override {
-    const DWORD attributes = ::GetFileAttributesW(wideText(path).c_str());
-    return attributes != INVALID_FILE_ATTRIBUTES && !isFolder(attributes);
-  }
+  [[nodiscard]] bool fileExists(std::string_view path) const override { return isFileAt(path); }
 
   [[nodiscard]] bool folderExists(std::string_view path) const override {
     const DWORD attributes = ::GetFileAttributesW(wideText(path).c_str());
