@@ -2,7 +2,11 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
+#include <cstring>
 #include <filesystem>
+#include <fstream>
+#include <set>
+#include <sstream>
 #include <stdexcept>
 #include <string>
 #include <vector>
@@ -51,6 +55,43 @@ class ProgramFileTest : public testing::TestWithParam<ProgramFile> {
     if (::VerQueryValueW(info.data(), entry.c_str(), &found, &length) == FALSE) return {};
     return utf8Text(static_cast<const wchar_t*>(found));
   }
+  // The libraries that have to be there before the program begins.
+  [[nodiscard]] static std::vector<std::string> libraries() {
+    std::ifstream file(GetParam().path, std::ios::binary);
+    std::ostringstream content;
+    content << file.rdbuf();
+    const std::string bytes = content.str();
+    const auto headers = recordAt<IMAGE_NT_HEADERS>(bytes, headersOf(bytes));
+    const auto imports = headers.OptionalHeader.DataDirectory[IMAGE_DIRECTORY_ENTRY_IMPORT].VirtualAddress;
+    std::vector<std::string> names;
+    for (std::size_t at = placeOf(bytes, imports);; at += sizeof(IMAGE_IMPORT_DESCRIPTOR)) {
+      const auto import = recordAt<IMAGE_IMPORT_DESCRIPTOR>(bytes, at);
+      if (import.Name == 0) return names;
+      names.push_back(lowerCase(bytes.c_str() + placeOf(bytes, import.Name)));
+    }
+  }
+  template <typename Record>
+  static Record recordAt(const std::string& bytes, std::size_t place) {
+    Record record{};
+    std::memcpy(&record, bytes.substr(place, sizeof(record)).data(), sizeof(record));
+    return record;
+  }
+  static std::size_t headersOf(const std::string& bytes) {
+    return static_cast<std::size_t>(recordAt<IMAGE_DOS_HEADER>(bytes, 0).e_lfanew);
+  }
+  // Where in the file an address of the program lies.
+  static std::size_t placeOf(const std::string& bytes, DWORD address) {
+    const std::size_t start = headersOf(bytes);
+    const auto headers = recordAt<IMAGE_NT_HEADERS>(bytes, start);
+    for (WORD number = 0; number < headers.FileHeader.NumberOfSections; ++number) {
+      const auto section = recordAt<IMAGE_SECTION_HEADER>(
+          bytes, start + sizeof(headers) + number * sizeof(IMAGE_SECTION_HEADER));
+      if (address - section.VirtualAddress < section.SizeOfRawData) {
+        return section.PointerToRawData + address - section.VirtualAddress;
+      }
+    }
+    throw std::runtime_error("an address lies nowhere");
+  }
   [[nodiscard]] static std::vector<char> version() {
     DWORD ignored = 0;
     std::vector<char> info(::GetFileVersionInfoSizeW(GetParam().path.c_str(), &ignored));
@@ -64,6 +105,14 @@ class ProgramFileTest : public testing::TestWithParam<ProgramFile> {
 // Else Windows guesses, and takes whatever has "Setup" in its name for an installer.
 TEST_P(ProgramFileTest, AsksForNoRightsBeyondThoseOfWhoeverStartsIt) {
   EXPECT_THAT(manifest(), HasSubstr("level=\"asInvoker\""));
+}
+
+TEST_P(ProgramFileTest, NeedsNoLibraryThatWindowsDoesNotBring) {
+  static const std::set<std::string> kOfWindows{
+      "activeds.dll", "advapi32.dll", "comctl32.dll", "comdlg32.dll", "gdi32.dll",
+      "kernel32.dll", "msvcrt.dll",   "odbc32.dll",   "odbccp32.dll", "ole32.dll",
+      "oleaut32.dll", "shell32.dll",  "user32.dll",   "ws2_32.dll"};
+  EXPECT_THAT(libraries(), AllOf(testing::Not(testing::IsEmpty()), testing::IsSubsetOf(kOfWindows)));
 }
 
 TEST_P(ProgramFileTest, HasItsIconInSizesForCoarseAndFineScreens) {
