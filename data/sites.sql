@@ -21,7 +21,7 @@ CREATE TABLE Data (
   LocalPath TEXT COLLATE NOCASE,
   AppPath TEXT COLLATE NOCASE,
   -- A number and no truth value: between servers from IIS 5 on it holds the isolation, which has three values;
-  -- with IIS 4 on a side it holds True or False, stored as 1 or 0.
+  -- with IIS 4 on a side it holds True or False, stored as 1 or 0, or as -1 or 0 by Access.
   AppInOutProc INTEGER,
   AppPoolName TEXT COLLATE NOCASE,
   NumberValue INTEGER,

@@ -12,10 +12,30 @@ cd "$(dirname "${BASH_SOURCE[0]}")/.."
 source scripts/packages.sh
 source scripts/wine.sh
 
+# What a user gets has to bring all that it reads, and to run where there is nothing but Windows. $1: the zip.
+checkRelease() (
+  unpacked=$(mktemp -d)
+  trap 'rm -r "$unpacked"' EXIT
+  cmake -E chdir "$unpacked" cmake -E tar xf "$1"
+  cd "$unpacked"/*
+  status=0
+  for file in Trelvin.exe TrelvinSetup.exe License.txt Documentation/Index.htm Documentation/Windows.htm \
+    Documentation/pictures/main.png Schemas/sites-mariadb.sql Schemas/sites-postgresql.sql; do
+    [[ -s $file ]] || { echo "The zip lacks $file." >&2 && status=1; }
+  done
+  for file in *.exe; do
+    # The libraries that mingw brings begin so; none of Windows' does.
+    if i686-w64-mingw32-objdump -p "$file" | grep -i 'DLL Name: lib' >&2; then status=1; fi
+  done
+  exit $status
+)
+
 release() {
   installMissing "${kBuildPackages[@]}" "${kReleasePackages[@]}"
   buildPreset windows-release
+  rm -f build-windows-release/Trelvin-*.zip
   cpack --config build-windows-release/CPackConfig.cmake -B build-windows-release
+  checkRelease "$(realpath build-windows-release/Trelvin-*.zip)"
 }
 
 case ${1:-} in
