@@ -1,7 +1,8 @@
 #!/usr/bin/env bash
 # Builds Trelvin and runs all its tests, from a bare Debian 12 on: installs what is missing, checks the layout of the
 # sources, then builds and tests the optimised program and, unless --quick is given, the one with the address and
-# undefined-behaviour sanitizers. Ends with the summary of each test run; the status is 0 when all went well.
+# undefined-behaviour sanitizers and the one for Windows. Ends with the summary of each test run; the status is 0 when all
+# went well.
 #
 #   scripts/test.sh [--quick]
 set -euo pipefail
@@ -9,9 +10,16 @@ cd "$(dirname "${BASH_SOURCE[0]}")/.."
 source scripts/packages.sh
 
 presets=(default sanitize)
+packages=("${kBuildPackages[@]}" "${kServerPackages[@]}" "${kCheckPackages[@]}")
 case ${1:-} in
-  '') ;;
-  --quick) presets=(default) ;;
+  '')
+    windows=yes
+    packages+=("${kWindowsPackages[@]}")
+    ;;
+  --quick)
+    windows=no
+    presets=(default)
+    ;;
   *)
     echo "usage: scripts/test.sh [--quick]" >&2
     exit 2
@@ -30,11 +38,13 @@ checkLayout() {
     echo "As clang-format would have it."
 }
 
-# $1: the preset. What the run tells goes to the screen and, its end, to the summary.
+# Runs the tests of a preset. What the run tells goes to the screen and, its end, to the summary. $1: the preset; then
+# the command that runs them.
 runTests() {
   local preset=$1 log status=0
+  shift
   log=$(mktemp)
-  ctest --preset "$preset" --parallel "$(nproc)" --no-tests=error | tee "$log" || status=$?
+  "$@" | tee "$log" || status=$?
   {
     echo "Preset $preset:"
     sed -n '/tests passed/,$p' "$log"
@@ -44,7 +54,7 @@ runTests() {
 }
 
 heading "Packages"
-installMissing "${kBuildPackages[@]}" "${kServerPackages[@]}" "${kCheckPackages[@]}"
+installMissing "${packages[@]}"
 echo "Complete."
 # Without the servers their tests would be skipped; where they could be installed they are not to be.
 if command -v apt-get >/dev/null; then
@@ -59,8 +69,13 @@ for preset in "${presets[@]}"; do
     continue
   fi
   heading "Tests, preset $preset"
-  runTests "$preset" || failed+=("tests of preset $preset")
+  runTests "$preset" ctest --preset "$preset" --parallel "$(nproc)" --no-tests=error ||
+    failed+=("tests of preset $preset")
 done
+if [[ $windows == yes ]]; then
+  heading "Build and tests for Windows"
+  runTests windows scripts/windows.sh || failed+=("build or tests for Windows")
+fi
 
 heading "Summary"
 cat "$summary"
