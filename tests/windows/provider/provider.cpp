@@ -5,9 +5,9 @@
 
 #include "core/err.h"
 #include "platform/windows/wide_text.h"
-#include "windows/provider/counted.h"
 #include "windows/provider/directory_object.h"
 #include "windows/provider/host_link.h"
+#include "windows/provider/inert.h"
 
 namespace trelvin::test {
 
@@ -16,24 +16,8 @@ namespace {
 constexpr GUID kProvider = {0x5e0c8a2f, 0x9b1d, 0x4c7e, {0x8f, 0x35, 0x2a, 0x6d, 0x1b, 0x94, 0xc0, 0xe7}};
 HINSTANCE ownModule = nullptr;
 
-class Provider final : public Counted<IADsOpenDSObject> {
+class Provider final : public Inert<IADsOpenDSObject, IID_IADsOpenDSObject> {
  public:
-  HRESULT STDMETHODCALLTYPE QueryInterface(REFIID wanted, void** result) override {
-    if (wanted == IID_IUnknown || wanted == IID_IDispatch || wanted == IID_IADsOpenDSObject) {
-      return refer(result);
-    }
-    *result = nullptr;
-    return E_NOINTERFACE;
-  }
-  HRESULT STDMETHODCALLTYPE GetTypeInfoCount(UINT* /*count*/) override { return E_NOTIMPL; }
-  HRESULT STDMETHODCALLTYPE GetTypeInfo(UINT, LCID, ITypeInfo**) override { return E_NOTIMPL; }
-  HRESULT STDMETHODCALLTYPE GetIDsOfNames(REFIID, LPOLESTR*, UINT, LCID, DISPID*) override {
-    return E_NOTIMPL;
-  }
-  HRESULT STDMETHODCALLTYPE Invoke(DISPID, REFIID, LCID, WORD, DISPPARAMS*, VARIANT*, EXCEPINFO*,
-                                   UINT*) override {
-    return E_NOTIMPL;
-  }
   // A bind has nothing but a number to tell of a failure.
   HRESULT STDMETHODCALLTYPE OpenDSObject(BSTR path, BSTR /*user*/, BSTR /*password*/, long /*options*/,
                                          IDispatch** result) override {

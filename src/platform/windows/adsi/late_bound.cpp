@@ -27,17 +27,22 @@ class ExceptionInfo {
 
   [[noreturn]] void fail() {
     if (info_.pfnDeferredFillIn != nullptr) info_.pfnDeferredFillIn(&info_);
-    // An object gives either the one or the other.
-    const std::int32_t number = info_.scode != 0 ? info_.scode : std::int32_t{info_.wCode};
     const std::wstring_view text =
         info_.bstrDescription == nullptr
             ? std::wstring_view()
             : std::wstring_view(info_.bstrDescription, ::SysStringLen(info_.bstrDescription));
-    if (text.empty()) throw numberedFailure(number);
-    throw Failure(number, utf8Text(text));
+    if (text.empty()) throw numberedFailure(number());
+    throw Failure(number(), utf8Text(text));
   }
 
  private:
+  // An object gives either the one or the other. One that gives neither has failed nevertheless, and 0 would
+  // tell that it has not.
+  [[nodiscard]] std::int32_t number() const {
+    if (info_.scode != 0) return info_.scode;
+    return info_.wCode != 0 ? std::int32_t{info_.wCode} : DISP_E_EXCEPTION;
+  }
+
   EXCEPINFO info_{};
 };
 
