@@ -5,20 +5,12 @@
 #include "core/err.h"
 #include "platform/windows/adsi/com.h"
 #include "platform/windows/adsi/late_bound.h"
+#include "platform/windows/adsi/variant_value.h"
 #include "platform/windows/wide_text.h"
 
 namespace trelvin {
 
 namespace {
-
-// A list of names; a single name comes as a text.
-std::vector<std::string> namesOf(const Value& value) {
-  if (value.varType() == kVarEmpty || value.isNull()) return {};
-  if (value.varType() != kVarList) return {value.toText()};
-  std::vector<std::string> names;
-  for (const Value& name : value.list()) names.push_back(name.toText());
-  return names;
-}
 
 class AdsiNode final : public MetabaseNode {
  public:
@@ -34,10 +26,10 @@ class AdsiNode final : public MetabaseNode {
   }
 
   [[nodiscard]] NameList mandatoryProperties() const override {
-    return namesOf(object_.property("MandatoryProperties"));
+    return namesIn(object_.property("MandatoryProperties"));
   }
   [[nodiscard]] NameList optionalProperties() const override {
-    return namesOf(object_.property("OptionalProperties"));
+    return namesIn(object_.property("OptionalProperties"));
   }
 
   [[nodiscard]] Value get(std::string_view propertyName) const override {
@@ -58,7 +50,7 @@ class AdsiNode final : public MetabaseNode {
 
   [[nodiscard]] std::vector<std::string> getDataPaths(std::string_view propertyName,
                                                       const Value& attribute) const override {
-    return namesOf(object_.call("GetDataPaths", {std::string(propertyName), attribute}));
+    return namesIn(object_.call("GetDataPaths", {std::string(propertyName), attribute}));
   }
 
   void appCreate(bool inProcess) override { object_.call("AppCreate", {inProcess}); }

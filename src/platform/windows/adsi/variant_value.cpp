@@ -37,11 +37,13 @@ Value wholeNumber(double number) {
   return number;
 }
 
-// The content of an array of one dimension, held in place while it is read.
+// The content of an array of one dimension, held in place while it is read. No array at all is COM's other
+// way to say that there are no elements.
 class ArrayAccess {
  public:
   explicit ArrayAccess(SAFEARRAY* array) : array_(array) {
-    if (array == nullptr || ::SafeArrayGetDim(array) != 1) throw Failure(error_number::kTypeMismatch);
+    if (array == nullptr) return;
+    if (::SafeArrayGetDim(array) != 1) throw Failure(error_number::kTypeMismatch);
     LONG lower = 0;
     LONG upper = 0;
     requireSuccess(::SafeArrayGetLBound(array, 1, &lower));
@@ -51,7 +53,9 @@ class ArrayAccess {
   }
   ArrayAccess(const ArrayAccess&) = delete;
   ArrayAccess& operator=(const ArrayAccess&) = delete;
-  ~ArrayAccess() { ::SafeArrayUnaccessData(array_); }
+  ~ArrayAccess() {
+    if (array_ != nullptr) ::SafeArrayUnaccessData(array_);
+  }
 
   [[nodiscard]] std::size_t count() const { return count_; }
   template <typename Element>
@@ -231,6 +235,14 @@ Value valueOf(const VARIANT& variant) {
   if ((kind & VT_ARRAY) == 0) return simpleValue(variant);
   SAFEARRAY* array = (kind & VT_BYREF) != 0 ? *V_ARRAYREF(&variant) : V_ARRAY(&variant);
   return arrayValue(static_cast<VARTYPE>(kind & VT_TYPEMASK), array);
+}
+
+std::vector<std::string> namesIn(const Value& value) {
+  if (value.varType() == kVarEmpty || value.isNull()) return {};
+  if (value.varType() != kVarList) return {value.toText()};
+  std::vector<std::string> names;
+  for (const Value& name : value.list()) names.push_back(name.toText());
+  return names;
 }
 
 Variant variantOf(const Value& value) {

@@ -1,6 +1,9 @@
 // Values of the program in COM's form and back.
 #pragma once
 
+#include <string>
+#include <vector>
+
 #include "core/value.h"
 #include "platform/windows/adsi/com.h"
 
@@ -21,6 +24,9 @@ class DispatchValue final : public ValueObject {
 // become bytes, all other arrays lists, counted from 0. Fails with 13 for a kind that no property has, such
 // as a currency.
 Value valueOf(const VARIANT& variant);
+
+// The texts of a list of names. A single name may come as a text, none as Empty or Null.
+std::vector<std::string> namesIn(const Value& value);
 
 // Fails with 7 when memory runs out, with 438 for an object that did not come from valueOf.
 Variant variantOf(const Value& value);
