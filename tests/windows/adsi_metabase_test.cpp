@@ -74,6 +74,51 @@ TEST_F(AdsiMetabase, AMemberThatTheObjectLacksIsNotSupported) {
             error_number::kNotSupportedByObject);
 }
 
+// As a real object does it, the tests' own tells calls from reads.
+TEST_F(AdsiMetabase, AMemberIsReachedAsWhatItIsOnly) {
+  const LateBound service = bound(kService);
+  EXPECT_EQ(numberOfFailure([&] { return service.call("Name"); }), error_number::kNotSupportedByObject);
+  EXPECT_EQ(numberOfFailure([&] { return service.property("SetInfo"); }),
+            error_number::kNotSupportedByObject);
+}
+
+TEST_F(AdsiMetabase, NoObjectIsAskedForTheNumberOfAMemberThatAnotherOneOfItsKindHasTold) {
+  const auto useAll = [this](const char* path) {
+    const NodeHandle site = metabase_->getObject(path);
+    for (const std::string& told : {site->className(), site->name(), site->adsPath(), site->schema()}) {
+      EXPECT_NE(told, "");
+    }
+    site->put("ServerComment", "Shop");
+    site->setInfo();
+    EXPECT_EQ(site->get("ServerComment"), Value("Shop"));
+    EXPECT_EQ(site->getDataPaths("ServerComment", Value()), std::vector<std::string>{path});
+    site->create("IIsWebVirtualDir", "ROOT")->setInfo();
+    site->deleteChild("IIsWebVirtualDir", "ROOT");
+  };
+  useAll("IIS://WEB1/W3SVC/1");
+  const long asked = directoryNameLookups();
+  useAll("IIS://WEB1/W3SVC/2");
+  EXPECT_EQ(directoryNameLookups(), asked);
+}
+
+TEST_F(AdsiMetabase, ObjectsOfTheSchemaTellTheirOwnNumbers) {
+  const NodeHandle site = metabase_->getObject("IIS://WEB1/W3SVC/1");
+  EXPECT_EQ(site->name(), "1");
+  const NodeHandle schema = metabase_->getObject(site->schema());
+  EXPECT_EQ(schema->name(), "IIsWebServer");
+  EXPECT_FALSE(schema->optionalProperties().texts().empty());
+  EXPECT_EQ(site->name(), "1");
+}
+
+TEST_F(AdsiMetabase, AMemberThatComesWithTheClassOfANodeIsAskedForEachTime) {
+  for (const char* path : {"IIS://WEB1/W3SVC/1", "IIS://WEB1/W3SVC/2"}) {
+    const NodeHandle site = metabase_->getObject(path);
+    const long before = directoryNameLookups();
+    site->start();
+    EXPECT_EQ(directoryNameLookups(), before + 1);
+  }
+}
+
 TEST_F(AdsiMetabase, AnObjectOfAnotherKindIsNoMember) {
   const LateBound service = bound(kService);
   EXPECT_EQ(numberOfFailure([&] { return service.callForObject("Get", {"MaxConnections"}).isSet(); }),

@@ -52,6 +52,10 @@ long liveDirectoryObjects() {
   return providerRoutine<long (*)()>("liveDirectoryObjects")();
 }
 
+long directoryNameLookups() {
+  return providerRoutine<long (*)()>("directoryNameLookups")();
+}
+
 void registerDirectoryService() {
   callProvider("DllRegisterServer");
 }

@@ -17,6 +17,9 @@ std::unique_ptr<Metabase> makeDirectoryService(const std::filesystem::path& netw
 // How many objects of the directory service somebody refers to.
 long liveDirectoryObjects();
 
+// How many times they were asked for the number of a member's name.
+long directoryNameLookups();
+
 // Whether there is such a directory service on the machine; without one a bind has nobody to ask.
 void registerDirectoryService();
 void removeDirectoryService();

@@ -22,30 +22,35 @@ namespace {
 constexpr GUID kDirectoryObject = {
     0x6d0f3a51, 0x2c84, 0x4b7e, {0x9a, 0x13, 0x57, 0xe0, 0x8c, 0x4d, 0x21, 0xb6}};
 
+// Where a member comes from. What every directory object has carries the same number on all objects of one
+// implementation; what comes with the class of a node may carry another one on each.
+enum class Origin { kEveryObject, kClassOfNode };
+
 struct Member {
   std::string_view name;
   Operation operation;
+  WORD kind;
   UINT arguments;
+  Origin origin = Origin::kEveryObject;
 };
 
-// The number of a member is its place here, from 1 on.
 constexpr std::array kMembers{
-    Member{"Class", Operation::kClass, 0},
-    Member{"Name", Operation::kName, 0},
-    Member{"ADsPath", Operation::kAdsPath, 0},
-    Member{"Schema", Operation::kSchema, 0},
-    Member{"MandatoryProperties", Operation::kMandatoryProperties, 0},
-    Member{"OptionalProperties", Operation::kOptionalProperties, 0},
-    Member{"Get", Operation::kGet, 1},
-    Member{"Put", Operation::kPut, 2},
-    Member{"SetInfo", Operation::kSetInfo, 0},
-    Member{"Create", Operation::kCreate, 2},
-    Member{"Delete", Operation::kDelete, 2},
-    Member{"GetDataPaths", Operation::kGetDataPaths, 2},
-    Member{"AppCreate", Operation::kAppCreate, 1},
-    Member{"AppCreate2", Operation::kAppCreate2, 1},
-    Member{"AppCreate3", Operation::kAppCreate3, 3},
-    Member{"Start", Operation::kStart, 0},
+    Member{"Class", Operation::kClass, DISPATCH_PROPERTYGET, 0},
+    Member{"Name", Operation::kName, DISPATCH_PROPERTYGET, 0},
+    Member{"ADsPath", Operation::kAdsPath, DISPATCH_PROPERTYGET, 0},
+    Member{"Schema", Operation::kSchema, DISPATCH_PROPERTYGET, 0},
+    Member{"MandatoryProperties", Operation::kMandatoryProperties, DISPATCH_PROPERTYGET, 0},
+    Member{"OptionalProperties", Operation::kOptionalProperties, DISPATCH_PROPERTYGET, 0},
+    Member{"Get", Operation::kGet, DISPATCH_METHOD, 1},
+    Member{"Put", Operation::kPut, DISPATCH_METHOD, 2},
+    Member{"SetInfo", Operation::kSetInfo, DISPATCH_METHOD, 0},
+    Member{"Create", Operation::kCreate, DISPATCH_METHOD, 2},
+    Member{"Delete", Operation::kDelete, DISPATCH_METHOD, 2},
+    Member{"GetDataPaths", Operation::kGetDataPaths, DISPATCH_METHOD, 2},
+    Member{"AppCreate", Operation::kAppCreate, DISPATCH_METHOD, 1, Origin::kClassOfNode},
+    Member{"AppCreate2", Operation::kAppCreate2, DISPATCH_METHOD, 1, Origin::kClassOfNode},
+    Member{"AppCreate3", Operation::kAppCreate3, DISPATCH_METHOD, 3, Origin::kClassOfNode},
+    Member{"Start", Operation::kStart, DISPATCH_METHOD, 0, Origin::kClassOfNode},
 };
 
 void tell(EXCEPINFO* info, const Failure& failure) {
@@ -96,7 +101,7 @@ ComPtr<ITypeInfo> typeNamed(const std::string& name) {
   return type;
 }
 
-class DirectoryObject final : public Counted<IDispatch> {
+class DirectoryObject : public Counted<IDispatch> {
  public:
   DirectoryObject(std::shared_ptr<HostLink> link, ObjectNumber number, std::string typeName)
       : link_(std::move(link)), number_(number), typeName_(std::move(typeName)) {}
@@ -129,18 +134,33 @@ class DirectoryObject final : public Counted<IDispatch> {
                                    DISPPARAMS* parameters, VARIANT* result, EXCEPINFO* info,
                                    UINT* /*badArgument*/) override;
 
- private:
+ protected:
   ~DirectoryObject() override {
     reported(nullptr, [&] {
       ask(link_, Request{Operation::kRelease, number_, {}});
       return S_OK;
     });
   }
+  // The number of the first member.
+  [[nodiscard]] virtual DISPID firstId() const { return 1; }
+
+ private:
+  [[nodiscard]] DISPID idOf(const Member& member) const;
   HRESULT enumerate(VARIANT* result);
 
   std::shared_ptr<HostLink> link_;
   ObjectNumber number_;
   std::string typeName_;
+};
+
+// What a Schema path leads to is another implementation, so that its members carry other numbers.
+class SchemaObject final : public DirectoryObject {
+ public:
+  using DirectoryObject::DirectoryObject;
+
+ private:
+  ~SchemaObject() override = default;
+  [[nodiscard]] DISPID firstId() const override { return 101; }
 };
 
 // What For Each goes through.
@@ -190,23 +210,40 @@ ObjectNumber numberOf(const Value::Object& object) {
   return isOurs ? ours->number() : 0;
 }
 
+// A value of a node's property has a type of its own, which no node has.
+ComPtr<IDispatch> objectOf(const std::shared_ptr<HostLink>& link, ObjectNumber number,
+                           const std::string& typeName) {
+  if (typeName == kSchemaTypeName) return ComPtr<IDispatch>(new SchemaObject(link, number, typeName));
+  return ComPtr<IDispatch>(new DirectoryObject(link, number, typeName));
+}
+
 Value DirectoryObject::ask(const std::shared_ptr<HostLink>& link, const Request& request) {
-  const Reply reply = replyOf(
-      link->exchange(bytesOf(request, numberOf)), [&link](ObjectNumber number, const std::string& typeName) {
-        return dispatchValue(ComPtr<IDispatch>(new DirectoryObject(link, number, typeName)));
-      });
+  const Reply reply = replyOf(link->exchange(bytesOf(request, numberOf)),
+                              [&link](ObjectNumber number, const std::string& typeName) {
+                                return dispatchValue(objectOf(link, number, typeName));
+                              });
   if (reply.failure != 0) throw Failure(reply.failure, reply.description);
   return reply.result;
 }
 
+// Of what comes with the class of a node the number is this object's alone: whoever keeps it for another
+// object is found out.
+DISPID DirectoryObject::idOf(const Member& member) const {
+  constexpr DISPID kIdsOfAnObject = 1000;
+  const DISPID shared = firstId() + static_cast<DISPID>(&member - kMembers.data());
+  const bool isOurs = member.origin == Origin::kClassOfNode;
+  return isOurs ? shared + kIdsOfAnObject * static_cast<DISPID>(number_) : shared;
+}
+
 HRESULT DirectoryObject::GetIDsOfNames(REFIID /*unused*/, LPOLESTR* names, UINT count, LCID /*locale*/,
                                        DISPID* ids) {
+  ++nameLookups;
   if (count != 1) return DISP_E_UNKNOWNNAME;
   const std::string name = utf8Text(names[0]);
   const auto found = std::find_if(kMembers.begin(), kMembers.end(), [&](const Member& member) {
     return equalsIgnoringCase(member.name, name);
   });
-  ids[0] = found == kMembers.end() ? DISPID_UNKNOWN : static_cast<DISPID>(found - kMembers.begin()) + 1;
+  ids[0] = found == kMembers.end() ? DISPID_UNKNOWN : idOf(*found);
   return ids[0] == DISPID_UNKNOWN ? DISP_E_UNKNOWNNAME : S_OK;
 }
 
@@ -217,15 +254,17 @@ HRESULT DirectoryObject::enumerate(VARIANT* result) {
   return S_OK;
 }
 
-HRESULT DirectoryObject::Invoke(DISPID id, REFIID /*unused*/, LCID /*locale*/, WORD /*kind*/,
+HRESULT DirectoryObject::Invoke(DISPID id, REFIID /*unused*/, LCID /*locale*/, WORD kind,
                                 DISPPARAMS* parameters, VARIANT* result, EXCEPINFO* info,
                                 UINT* /*badArgument*/) {
   return reported(info, [&] {
-    if (id == DISPID_NEWENUM) return enumerate(result);
-    if (id < 1 || id > static_cast<DISPID>(kMembers.size())) return DISP_E_MEMBERNOTFOUND;
-    const Member& member = kMembers[static_cast<std::size_t>(id) - 1];
-    if (parameters->cArgs != member.arguments) return DISP_E_BADPARAMCOUNT;
-    give(result, ask(link_, Request{member.operation, number_, argumentsOf(*parameters)}));
+    if (id == DISPID_NEWENUM && (kind & DISPATCH_PROPERTYGET) != 0) return enumerate(result);
+    const auto member = std::find_if(kMembers.begin(), kMembers.end(), [&](const Member& each) {
+      return idOf(each) == id && (each.kind & kind) != 0;
+    });
+    if (member == kMembers.end()) return DISP_E_MEMBERNOTFOUND;
+    if (parameters->cArgs != member->arguments) return DISP_E_BADPARAMCOUNT;
+    give(result, ask(link_, Request{member->operation, number_, argumentsOf(*parameters)}));
     return S_OK;
   });
 }

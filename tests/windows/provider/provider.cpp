@@ -116,6 +116,11 @@ extern "C" long liveDirectoryObjects() {
   return liveObjects;
 }
 
+// How many times a program has asked an object for the number of a member.
+extern "C" long directoryNameLookups() {
+  return nameLookups;
+}
+
 // From here on the host serves the network folder: its metabases, and its shares under their names.
 extern "C" HRESULT STDMETHODCALLTYPE openDirectoryService() {
   try {

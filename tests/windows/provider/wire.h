@@ -25,6 +25,10 @@ namespace trelvin::test {
 
 using ObjectNumber = std::uint32_t;
 
+// The type of a node, and the one of what a Schema path leads to.
+inline constexpr const char* kNodeTypeName = "IADs";
+inline constexpr const char* kSchemaTypeName = "IADsClass";
+
 enum class Operation : std::uint8_t {
   kServe,    // network folder, a native path; the first request of a connection
   kBind,     // path; gives a node

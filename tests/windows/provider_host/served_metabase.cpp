@@ -17,7 +17,10 @@ namespace {
 class HeldNode final : public ValueObject {
  public:
   explicit HeldNode(NodeHandle held) : node(std::move(held)) {}
-  [[nodiscard]] std::string typeName() const override { return "IADs"; }
+  // An object of the schema has no class in the schema.
+  [[nodiscard]] std::string typeName() const override {
+    return node->schema().empty() ? kSchemaTypeName : kNodeTypeName;
+  }
   const NodeHandle node;
 };
 

@@ -50,8 +50,8 @@ class ExceptionInfo {
 // directory object has carry the same number on all objects of one implementation, which is told by its table
 // of routines; those that come with a node's class (AppCreate, Start) are asked for each time.
 bool belongsToEveryObject(std::string_view name) {
-  constexpr const char* kMembers[] = {"Get",     "Put",    "SetInfo", "Class", "Name",
-                                      "ADsPath", "Schema", "Create",  "Delete"};
+  constexpr const char* kMembers[] = {"Get",  "Put",     "SetInfo", "GetDataPaths", "Class",
+                                      "Name", "ADsPath", "Schema",  "Create",       "Delete"};
   return std::find(std::begin(kMembers), std::end(kMembers), name) != std::end(kMembers);
 }
 
