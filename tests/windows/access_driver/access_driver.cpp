@@ -16,6 +16,7 @@
 #include <fstream>
 #include <map>
 #include <optional>
+#include <set>
 #include <string>
 #include <string_view>
 
@@ -44,11 +45,10 @@ std::string textIn(const Narrow& filled) {
   return reinterpret_cast<const char*>(filled.data());
 }
 
-std::string databaseOf(std::string_view connectionString) {
-  constexpr std::string_view kName = "DBQ=";
-  const std::size_t begin = connectionString.find(kName);
+std::string attributeOf(std::string_view connectionString, std::string_view keyword) {
+  const std::size_t begin = connectionString.find(keyword);
   if (begin == std::string_view::npos) return {};
-  const std::string_view rest = connectionString.substr(begin + kName.size());
+  const std::string_view rest = connectionString.substr(begin + keyword.size());
   return std::string(rest.substr(0, rest.find(';')));
 }
 
@@ -74,7 +74,7 @@ bool isDatabase(const std::string& path) {
 
 // A data source, which names no file, is told as it stands.
 std::string sqliteConnection(const std::string& connectionString) {
-  const std::string database = databaseOf(connectionString);
+  const std::string database = attributeOf(connectionString, "DBQ=");
   if (database.empty()) return connectionString;
   const std::string path = nativePath(database);
   return "Database=" + (isDatabase(path) ? path : path + " is no database") +
@@ -146,6 +146,24 @@ SQLRETURN givePiece(Reading& reading, SQLPOINTER buffer, SQLLEN size, SQLLEN* le
   return reading.done ? SQL_SUCCESS : SQL_SUCCESS_WITH_INFO;
 }
 
+// Connections that take the words of the extended SQL, and what each statement belongs to.
+std::set<SQLHDBC> extendedConnections;
+std::map<SQLHSTMT, SQLHDBC> connectionOf;
+
+// Statements whose reason for a failure nobody has asked for yet.
+std::set<SQLHSTMT> refused;
+
+// A table that Access does not make fails like this, whatever it is that Access does not understand.
+SQLRETURN tellRefusal(SQLWCHAR* state, SQLINTEGER* native, SQLWCHAR* text, SQLSMALLINT size,
+                      SQLSMALLINT* length) {
+  constexpr std::string_view kState = "42000";
+  constexpr SQLINTEGER kSyntaxErrorInCreateTable = -3551;
+  give(kState, state, kState.size() + 1, nullptr);
+  *native = kSyntaxErrorInCreateTable;
+  return give("[Microsoft][ODBC Microsoft Access Driver] Syntax error in CREATE TABLE statement.", text,
+              static_cast<std::size_t>(size), length);
+}
+
 }  // namespace
 
 extern "C" {
@@ -153,9 +171,19 @@ extern "C" {
 SQLRETURN SQL_API SQLDriverConnectW(SQLHDBC connection, SQLHWND window, SQLWCHAR* in, SQLSMALLINT inLength,
                                     SQLWCHAR* /*out*/, SQLSMALLINT /*outSize*/, SQLSMALLINT* /*outLength*/,
                                     SQLUSMALLINT completion) {
-  std::string own = sqliteConnection(utf8Of(in, inLength));
+  const std::string asked = utf8Of(in, inLength);
+  std::string own = sqliteConnection(asked);
+  extendedConnections.erase(connection);
+  if (attributeOf(asked, "ExtendedAnsiSQL=") == "1") extendedConnections.insert(connection);
   return real<decltype(&SQLDriverConnect)>("SQLDriverConnect")(
       connection, window, reinterpret_cast<SQLCHAR*>(own.data()), SQL_NTS, nullptr, 0, nullptr, completion);
+}
+
+// The way in which the manager makes a statement.
+SQLRETURN SQL_API SQLAllocStmt(SQLHDBC connection, SQLHSTMT* made) {
+  const SQLRETURN result = real<decltype(&SQLAllocStmt)>("SQLAllocStmt")(connection, made);
+  if (SQL_SUCCEEDED(result)) connectionOf[*made] = connection;
+  return result;
 }
 
 // Those that the program sets are numbers.
@@ -185,7 +213,12 @@ SQLRETURN SQL_API SQLGetInfoW(SQLHDBC connection, SQLUSMALLINT information, SQLP
 }
 
 SQLRETURN SQL_API SQLExecDirectW(SQLHSTMT statement, SQLWCHAR* text, SQLINTEGER length) {
-  std::string own = trelvin::test::sqliteStatement(utf8Of(text, length));
+  std::string own = utf8Of(text, length);
+  if (!trelvin::test::isAccessStatement(own, extendedConnections.contains(connectionOf[statement]))) {
+    refused.insert(statement);
+    return SQL_ERROR;
+  }
+  own = trelvin::test::sqliteStatement(own);
   return real<decltype(&SQLExecDirect)>("SQLExecDirect")(statement, reinterpret_cast<SQLCHAR*>(own.data()),
                                                          static_cast<SQLINTEGER>(own.size()));
 }
@@ -205,6 +238,7 @@ SQLRETURN SQL_API SQLDescribeColW(SQLHSTMT statement, SQLUSMALLINT column, SQLWC
 // What the manager asks for the reason of a failure, and keeps: SQLite's driver tells it once only.
 SQLRETURN SQL_API SQLErrorW(SQLHENV environment, SQLHDBC connection, SQLHSTMT statement, SQLWCHAR* state,
                             SQLINTEGER* native, SQLWCHAR* text, SQLSMALLINT size, SQLSMALLINT* length) {
+  if (refused.erase(statement) != 0) return tellRefusal(state, native, text, size, length);
   std::array<SQLCHAR, SQL_SQLSTATE_SIZE + 1> ownState{};
   Narrow own{};
   const SQLRETURN result =

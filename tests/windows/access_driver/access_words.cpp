@@ -6,8 +6,25 @@
 
 namespace trelvin::test {
 
+namespace {
+
+bool makesTable(const std::string& statement) {
+  return statement.starts_with("CREATE TABLE ");
+}
+
+}  // namespace
+
+bool isAccessStatement(const std::string& statement, bool isExtended) {
+  // A name may be such a word, since it stands in brackets. Alone, AUTOINCREMENT is a type of Access too.
+  static const std::regex kForeign(R"([^\[](COLLATE\b|datetime *\()|PRIMARY KEY AUTOINCREMENT)",
+                                   std::regex::icase);
+  static const std::regex kDefault(R"([^\[]\bDEFAULT\b)", std::regex::icase);
+  if (!makesTable(statement)) return true;
+  return !std::regex_search(statement, kForeign) && (isExtended || !std::regex_search(statement, kDefault));
+}
+
 std::string sqliteStatement(std::string statement) {
-  if (!statement.starts_with("CREATE TABLE ")) return statement;
+  if (!makesTable(statement)) return statement;
   // Access compares texts without regard to case.
   static const std::array<std::pair<std::regex, const char*>, 5> kWords{{
       {std::regex(" COUNTER PRIMARY KEY"), " INTEGER PRIMARY KEY AUTOINCREMENT"},
