@@ -45,6 +45,11 @@ class AccessList {
   // Applies the list to the path. 0x80020009 for an account that can't be resolved and for a path that can't
   // be written; the path then keeps the list that it had.
   virtual void writeAccounts() = 0;
+  // Whether subfolders and whether files inherit anew what a folder hands down. The second flag has
+  // writeAccounts do that for the files right in the folder; what lies in a subfolder waits for that folder's
+  // own turn. Nothing does it for subfolders: writeAccounts fails with 0x80020009 when the first flag is set.
+  // A write right behind a removal is taken for a step on the way to an empty list and hands nothing down;
+  // the next write does, and every copy ends with one.
   virtual void setFirstApplyFlag(bool flag) = 0;
   virtual void setSecondApplyFlag(bool flag) = 0;
 };

@@ -10,6 +10,7 @@
 #include "platform/database.h"
 #include "platform/files.h"
 #include "platform/metabase.h"
+#include "platform/ntfs.h"
 #include "platform/profile.h"
 #include "platform/registry.h"
 #include "platform/shell.h"
@@ -26,6 +27,10 @@ std::unique_ptr<Databases> systemDatabases();
 // changed is in the file once this and all of its nodes are gone. Where objects are counted, its end is a
 // test that none is left over.
 std::unique_ptr<Metabase> systemMetabase(const TempFolder& network);
+std::unique_ptr<NtfsControl> systemAccessLists();
+// Makes something that has a list, with that name, and returns its path in the form of the control; empty
+// where nothing has one.
+std::string pathWithAccessList(const TempFolder& folder, std::string_view name);
 std::unique_ptr<Shell> systemShell();
 std::unique_ptr<Opener> systemOpener();
 

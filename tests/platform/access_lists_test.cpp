@@ -617,11 +617,31 @@ TEST_F(InheritanceTest, WritingAgainInheritsNothingTwice) {
 TEST_F(InheritanceTest, AListEmptiedInTheSecondPassTakesBackWhatFilesInherited) {
   const auto list = listToInherit();
   list->writeAccounts();
-  list->removeAccount(1);
-  list->removeAccount(1);
+  for (int i = 0; i < 2; ++i) {
+    list->removeAccount(1);
+    list->writeAccounts();
+  }
   list->writeAccounts();
   EXPECT_EQ(attribute("site"), std::nullopt);
   EXPECT_EQ(attribute("site/web.config"), std::nullopt);
+}
+
+TEST_F(InheritanceTest, TheStepsOfAnEmptyingHandNothingDown) {
+  const auto list = listToInherit();
+  list->writeAccounts();
+  list->removeAccount(1);
+  list->writeAccounts();
+  EXPECT_EQ(attribute("site"), "allow;CI;0x001200a9;;WEB1\\owners\n");
+  EXPECT_EQ(attribute("site/web.config"), kInheritedLine);
+}
+
+TEST_F(InheritanceTest, AnEntryThatTakesTheRemovedOnesPlaceIsHandedDown) {
+  const auto list = listToInherit();
+  list->writeAccounts();
+  list->removeAccount(1);
+  add(*list, R"(WEB1\guests)", kRead, kObjectInherit);
+  list->writeAccounts();
+  EXPECT_EQ(attribute("site/web.config"), "allow;ID;0x001200a9;;WEB1\\guests\n");
 }
 
 TEST_F(InheritanceTest, TheSecondPassOnAFileIsAsTheFirst) {

@@ -41,8 +41,7 @@ struct Change {
 };
 
 Failure failureAt(const Place& place, const char* undone, const std::string& cause) {
-  return Failure(error_number::kControlException,
-                 "The access list of '" + place.path + "' can't be " + undone + ": " + cause);
+  return accessListFailure(place.path, undone, cause);
 }
 
 std::string causeOf(int errorNumber) {
@@ -152,24 +151,25 @@ void carryOut(const std::vector<Change>& changes) {
 class AttributeList final : public RecordList {
  public:
   AttributeList(Place place, std::vector<Record> records, LastError lastError)
-      : RecordList(std::move(records), std::move(lastError)), place_(std::move(place)) {}
+      : RecordList(place.path, std::move(records), std::move(lastError)), place_(std::move(place)) {}
 
  private:
-  void write(const std::vector<Record>& wanted) override { carryOut(changes(wanted)); }
+  void write(const std::vector<Record>& wanted, bool handsDown) override {
+    carryOut(changes(wanted, handsDown));
+  }
 
   void check(const std::vector<Record>& records) const {
-    if (firstApplyFlag()) throw failureAt(place_, "written", "nothing here lets subfolders inherit it");
     for (const Record& record : records) {
       const std::string fault = text::faultOfAccount(record.account);
       if (!fault.empty()) throw failureAt(place_, "written", fault);
     }
   }
 
-  [[nodiscard]] std::vector<Change> changes(const std::vector<Record>& wanted) const {
+  [[nodiscard]] std::vector<Change> changes(const std::vector<Record>& wanted, bool handsDown) const {
     check(wanted);
     const File file = at(place_, "written", [this] { return find(place_); });
     std::vector<Change> changes{{place_, {}, formatAll(wanted)}};
-    if (secondApplyFlag() && S_ISDIR(file.status.st_mode)) {
+    if (handsDown && S_ISDIR(file.status.st_mode)) {
       changes[0].before = at(place_, "read", [this] { return readAccessListAttribute(place_.nativePath); });
       addInheritances(place_, wanted, changes);
     }

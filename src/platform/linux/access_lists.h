@@ -21,8 +21,7 @@ namespace trelvin {
 // lists the entries marked as inherited (ID) give way to those of the folder's entries that files inherit
 // (OI), with the mark; the others stay. Subfolders have lists of their own, which nobody touches. The folder
 // and its files get their lists all together: when one of them can't be written, they have the lists from
-// before. firstApplyFlag would have subfolders inherit. Nothing here does that, and writeAccounts refuses a
-// list that asks for it.
+// before.
 //
 // 0x80020009, from getAccounts and writeAccounts, with path and cause in description and lastError: a path
 // that isn't there, isn't readable, or can't be written by who isn't its owner; a file system that keeps no

@@ -13,6 +13,11 @@ std::size_t placeOf(int index) {
 
 }  // namespace
 
+Failure accessListFailure(const std::string& path, const char* undone, const std::string& cause) {
+  return Failure(error_number::kControlException,
+                 "The access list of '" + path + "' can't be " + undone + ": " + cause);
+}
+
 std::int32_t RecordEntry::accessValue(int index) const {
   return record_.values[placeOf(index)];
 }
@@ -21,8 +26,8 @@ void RecordEntry::setAccessValue(int index, std::int32_t value) {
   record_.values[placeOf(index)] = value;
 }
 
-RecordList::RecordList(std::vector<AccessRecord> records, LastError lastError)
-    : lastError_(std::move(lastError)) {
+RecordList::RecordList(std::string path, std::vector<AccessRecord> records, LastError lastError)
+    : path_(std::move(path)), lastError_(std::move(lastError)) {
   for (AccessRecord& record : records) entries_.emplace_back(std::move(record));
 }
 
@@ -31,6 +36,7 @@ void RecordList::forEachAccount(const std::function<void(const AccessEntry& entr
 }
 
 AccessEntry& RecordList::addAccount() {
+  isEmptying_ = false;
   return entries_.emplace_back();
 }
 
@@ -38,13 +44,16 @@ void RecordList::removeAccount(std::int32_t index) {
   const bool isThere = index >= 1 && static_cast<std::size_t>(index) <= entries_.size();
   if (!isThere) throw Failure(error_number::kSubscriptOutOfRange);
   entries_.erase(std::next(entries_.begin(), index - 1));
+  isEmptying_ = true;
 }
 
 void RecordList::writeAccounts() {
   recorded(lastError_, [this] {
+    if (firstApplyFlag_) throw accessListFailure(path_, "written", "nothing here lets subfolders inherit it");
     std::vector<AccessRecord> records;
     for (const RecordEntry& entry : entries_) records.push_back(entry.record());
-    write(records);
+    const bool isStep = std::exchange(isEmptying_, false);
+    write(records, secondApplyFlag_ && !isStep);
   });
 }
 

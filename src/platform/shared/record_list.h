@@ -21,6 +21,8 @@ namespace trelvin {
 struct AccessRecord {
   std::string account;
   std::array<std::int32_t, AccessEntry::kValueCount> values{};
+  // The system's own key of the account, byte for byte; empty when there is only the name to go by.
+  std::vector<std::uint8_t> accountKey{};
 };
 
 class RecordEntry final : public AccessEntry {
@@ -31,13 +33,19 @@ class RecordEntry final : public AccessEntry {
   [[nodiscard]] const AccessRecord& record() const { return record_; }
 
   [[nodiscard]] std::string accountName() const override { return record_.account; }
-  void setAccountName(std::string_view name) override { record_.account = name; }
+  void setAccountName(std::string_view name) override {
+    record_.account = name;
+    record_.accountKey.clear();
+  }
   [[nodiscard]] std::int32_t accessValue(int index) const override;
   void setAccessValue(int index, std::int32_t value) override;
 
  private:
   AccessRecord record_;
 };
+
+// 0x80020009 with the path, what couldn't be done ("read", "written") and the cause.
+Failure accessListFailure(const std::string& path, const char* undone, const std::string& cause);
 
 // The text of the last failure; a list may be used longer than the control that it shares it with.
 using LastError = std::shared_ptr<std::string>;
@@ -56,7 +64,7 @@ auto recorded(const LastError& lastError, Operation&& operation) {
 // A list in hand. What is left to a system is to write it.
 class RecordList : public AccessList {
  public:
-  RecordList(std::vector<AccessRecord> records, LastError lastError);
+  RecordList(std::string path, std::vector<AccessRecord> records, LastError lastError);
 
   void forEachAccount(const std::function<void(const AccessEntry& entry)>& visit) const final;
   AccessEntry& addAccount() final;
@@ -66,15 +74,17 @@ class RecordList : public AccessList {
   void setSecondApplyFlag(bool flag) final { secondApplyFlag_ = flag; }
 
  protected:
-  virtual void write(const std::vector<AccessRecord>& records) = 0;
-  [[nodiscard]] bool firstApplyFlag() const { return firstApplyFlag_; }
+  // `handsDown` has the files right in a folder inherit anew. Not called with the first flag set.
+  virtual void write(const std::vector<AccessRecord>& records, bool handsDown) = 0;
   [[nodiscard]] bool secondApplyFlag() const { return secondApplyFlag_; }
 
  private:
+  std::string path_;
   // A list, because an entry that was handed out stays where it is.
   std::list<RecordEntry> entries_;
   bool firstApplyFlag_ = false;
   bool secondApplyFlag_ = false;
+  bool isEmptying_ = false;
   LastError lastError_;
 };
 

@@ -10,18 +10,17 @@ namespace {
 
 class SecurityList final : public RecordList {
  public:
-  SecurityList(std::string path, std::shared_ptr<SecurityStore> store, LastError lastError)
-      : RecordList(store->read(path), std::move(lastError)),
-        path_(std::move(path)),
-        store_(std::move(store)) {}
+  SecurityList(const std::string& path, std::unique_ptr<SecuredObject> object, LastError lastError)
+      : RecordList(path, object->read(), std::move(lastError)), object_(std::move(object)) {}
 
  private:
-  void write(const std::vector<AccessRecord>& records) override {
-    store_->write(path_, records, firstApplyFlag() || secondApplyFlag());
+  void write(const std::vector<AccessRecord>& records, bool handsDown) override {
+    if (secondApplyFlag()) object_->findHeirs();
+    object_->write(records);
+    if (handsDown) object_->handDown();
   }
 
-  std::string path_;
-  std::shared_ptr<SecurityStore> store_;
+  std::unique_ptr<SecuredObject> object_;
 };
 
 class SecurityControl final : public NtfsControl {
@@ -35,7 +34,7 @@ class SecurityControl final : public NtfsControl {
 
   std::unique_ptr<AccessList> getAccounts() override {
     return recorded(lastError_, [this]() -> std::unique_ptr<AccessList> {
-      return std::make_unique<SecurityList>(path_, store_, lastError_);
+      return std::make_unique<SecurityList>(path_, store_->open(path_), lastError_);
     });
   }
 

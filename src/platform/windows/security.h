@@ -6,6 +6,8 @@
 #include <vector>
 
 #include "platform/shared/record_list.h"
+#include "platform/windows/accounts.h"
+#include "platform/windows/object_tree.h"
 
 namespace trelvin {
 
@@ -19,7 +21,29 @@ namespace trelvin {
 //    9 to 12  GUID of the object that inherits, likewise
 //   13 to 15  nothing
 
-// Reads and writes the lists of one kind of object. Every failure is 0x80020009 with the cause.
+// The list of one object, which stays open: what its list says meanwhile keeps nobody from writing the next
+// one. Every failure is 0x80020009 with the cause.
+class SecuredObject {
+ public:
+  SecuredObject() = default;
+  SecuredObject(const SecuredObject&) = delete;
+  SecuredObject& operator=(const SecuredObject&) = delete;
+  virtual ~SecuredObject() = default;
+
+  // The entries that the object holds itself, without those that it inherits.
+  [[nodiscard]] virtual std::vector<AccessRecord> read() = 0;
+  // Denying entries go before allowing ones, otherwise the order stays. Behind them comes what the object
+  // inherits from the one it lies in, as that is now; an object that inherited nothing so far does from now
+  // on. An object that lies in nothing that can be seen (see ObjectTree) keeps what it inherits. Nothing that
+  // lies in the object changes. An account is looked up by its name, but for a record with a key.
+  virtual void write(const std::vector<AccessRecord>& records) = 0;
+  // Notes who is to inherit from the object, as long as its list still lets them be seen. Once is enough.
+  virtual void findHeirs() = 0;
+  // Has the heirs inherit anew; those that are gone, or that are protected from inheriting, are passed over.
+  // The first one that can't be written ends it: those before have inherited, those behind not.
+  virtual void handDown() = 0;
+};
+
 class SecurityStore {
  public:
   SecurityStore() = default;
@@ -27,17 +51,18 @@ class SecurityStore {
   SecurityStore& operator=(const SecurityStore&) = delete;
   virtual ~SecurityStore() = default;
 
-  // The entries that the object holds itself, without those that it inherits.
-  [[nodiscard]] virtual std::vector<AccessRecord> read(const std::string& path) = 0;
-  // Denying entries go before allowing ones, otherwise the order stays; what the object inherits stays behind
-  // them. `handDown` has all that lies in the object inherit anew.
-  virtual void write(const std::string& path, const std::vector<AccessRecord>& records, bool handDown) = 0;
+  // Fails with 0x80020009 for an object that isn't there or whose list can't be read.
+  virtual std::unique_ptr<SecuredObject> open(const std::string& path) = 0;
 };
 
-// Of files and folders, also of another server's: an account is looked up on the server that the path names.
-std::unique_ptr<SecurityStore> makeFileSecurity();
+// Of the objects of a tree. An account is looked up on the server that a network path names, once for each
+// name while the object is open.
+std::unique_ptr<SecurityStore> makeSecurity(std::shared_ptr<ObjectTree> tree,
+                                            std::shared_ptr<Accounts> accounts);
 
-// Of keys below HKEY_CURRENT_USER, named by their path there. It serves where files keep no lists.
+// Of files and folders, also of another server's.
+std::unique_ptr<SecurityStore> makeFileSecurity();
+// Of keys below HKEY_CURRENT_USER. It serves where files keep no lists.
 std::unique_ptr<SecurityStore> makeKeySecurity();
 
 }  // namespace trelvin

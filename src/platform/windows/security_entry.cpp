@@ -46,6 +46,21 @@ std::int32_t entryTypeOf(const AccessRecord& record) {
   return record.values[kTypeValue];
 }
 
+bool isForOneKindOfHeir(const ACE_HEADER* entry) {
+  if (!isObjectType(entry->AceType)) return false;
+  AccessRecord record;
+  readEntry(entry, record);
+  return (record.values[kObjectFlagsValue] & ACE_INHERITED_OBJECT_TYPE_PRESENT) != 0;
+}
+
+DWORD maskOf(const AccessRecord& record) {
+  return static_cast<DWORD>(record.values[kMaskValue]);
+}
+
+void setMask(AccessRecord& record, DWORD mask) {
+  record.values[kMaskValue] = static_cast<std::int32_t>(mask);
+}
+
 PSID readEntry(const ACE_HEADER* header, AccessRecord& record) {
   record.values[kTypeValue] = header->AceType;
   record.values[kFlagsValue] = header->AceFlags;

@@ -13,6 +13,11 @@ namespace trelvin {
 bool isKnownEntryType(std::int32_t type);
 bool deniesAccess(std::int32_t type);
 std::int32_t entryTypeOf(const AccessRecord& record);
+// Whether only objects of one kind inherit the entry.
+bool isForOneKindOfHeir(const ACE_HEADER* entry);
+
+DWORD maskOf(const AccessRecord& record);
+void setMask(AccessRecord& record, DWORD mask);
 
 // Fills the values of the record (see security.h) from an entry of a known type; returns the identifier of
 // its account, which lies within the entry.

@@ -1,8 +1,10 @@
 #include "contract/facilities.h"
 
 #include <poll.h>
+#include <sys/xattr.h>
 
 #include "platform/linux/access_driver.h"
+#include "platform/linux/access_lists.h"
 #include "platform/linux/file_system.h"
 #include "platform/linux/locale_clock.h"
 #include "platform/linux/metabase/metabase_file.h"
@@ -48,6 +50,16 @@ std::unique_ptr<Metabase> systemMetabase(const TempFolder& network) {
   return makeFileMetabase([paths = Paths(network.path().string())](std::string_view server) {
     return paths.metabaseFileOf(server);
   });
+}
+
+std::unique_ptr<NtfsControl> systemAccessLists() {
+  return makeAccessLists(toNative());
+}
+
+std::string pathWithAccessList(const TempFolder& folder, std::string_view name) {
+  const std::filesystem::path file = folder.write(name, "");
+  const bool keepsLists = ::setxattr(file.c_str(), "user.trelvin.try", "x", 1, 0) == 0;
+  return keepsLists ? programForm(file) : std::string();
 }
 
 std::unique_ptr<Shell> systemShell() {

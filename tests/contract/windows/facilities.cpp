@@ -2,6 +2,7 @@
 
 #include "fakes/windows/directory_service.h"
 #include "platform/shared/odbc/odbc_databases.h"
+#include "platform/windows/access_lists.h"
 #include "platform/windows/file_system.h"
 #include "platform/windows/locale_clock.h"
 #include "platform/windows/profile_files.h"
@@ -36,6 +37,23 @@ std::unique_ptr<Databases> systemDatabases() {
 
 std::unique_ptr<Metabase> systemMetabase(const TempFolder& network) {
   return makeDirectoryService(network.path());
+}
+
+// Of keys, whose lists are kept everywhere; Wine keeps none with files.
+std::unique_ptr<NtfsControl> systemAccessLists() {
+  return makeAccessLists(makeKeySecurity());
+}
+
+std::string pathWithAccessList(const TempFolder& folder, std::string_view name) {
+  // Of a name that nobody else has, since a key that lost its list may be hard to remove; it stays until the
+  // machine is switched off.
+  const std::string path =
+      "Software\\Trelvin Tests\\" + utf8Text(folder.path().filename().wstring()) + " " + std::string(name);
+  HKEY key = nullptr;
+  ::RegCreateKeyExW(HKEY_CURRENT_USER, wideText(path).c_str(), 0, nullptr, REG_OPTION_VOLATILE,
+                    KEY_ALL_ACCESS, nullptr, &key, nullptr);
+  ::RegCloseKey(key);
+  return path;
 }
 
 std::unique_ptr<Shell> systemShell() {
