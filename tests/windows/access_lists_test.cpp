@@ -5,6 +5,7 @@
 #include <gtest/gtest.h>
 
 #include <algorithm>
+#include <filesystem>
 #include <string>
 #include <utility>
 #include <vector>
@@ -13,6 +14,7 @@
 #include "fakes/failures.h"
 #include "fakes/temp_folder.h"
 #include "fakes/windows/directory_service.h"
+#include "platform/windows/wide_text.h"
 #include "platform/windows/windows_api.h"
 #include "windows/security_text.h"
 
@@ -122,7 +124,15 @@ class AccessListsTest : public testing::Test {
   // The list in that form, with its entries alone.
   static std::string textOf(const char* path) { return entriesOf(descriptorAt(path).get()); }
 
-  std::unique_ptr<AccessList> take(const char* path) {
+  static std::string textOfFile(const std::filesystem::path& path) {
+    PSECURITY_DESCRIPTOR descriptor = nullptr;
+    EXPECT_EQ(::GetNamedSecurityInfoW(path.c_str(), SE_FILE_OBJECT, DACL_SECURITY_INFORMATION, nullptr,
+                                      nullptr, nullptr, nullptr, &descriptor),
+              DWORD{ERROR_SUCCESS});
+    return entriesOf(test::LocalDescriptor(descriptor).get());
+  }
+
+  std::unique_ptr<AccessList> take(std::string_view path) {
     control_->setFileOrDirectory(path);
     return control_->getAccounts();
   }
@@ -344,6 +354,28 @@ TEST_F(AccessListsTest, AccountsAreLookedUpOnTheServerOfTheirPath) {
   entry.setAccessValue(3, FILE_GENERIC_READ);
   target->writeAccounts();
   EXPECT_THAT(accounts_->asked, ElementsAre("identifier of Everyone at WEB2"));
+}
+
+// Wine keeps as much of a file's list as mode bits can tell, and that is what everyone may do.
+TEST_F(AccessListsTest, InTheSecondPassTheFilesRightInAFolderInheritAnew) {
+  const test::TempFolder folder;
+  const auto file = folder.write("index.htm", "welcome");
+  const auto deepFile = folder.write("images/logo.gif", "picture");
+  for (const auto& path : {file, deepFile}) {
+    const auto closed = descriptorOf("D:(A;;FA;;;BA)");
+    ASSERT_TRUE(::SetFileSecurityW(path.c_str(), DACL_SECURITY_INFORMATION, closed.get()));
+    ASSERT_THAT(textOfFile(path), Not(HasSubstr(";;;WD)")));
+  }
+  control_ = makeAccessLists(makeFileSecurity());
+  const auto list = take(utf8Text(folder.path().wstring()));
+  list->setSecondApplyFlag(true);
+  AccessEntry& entry = list->addAccount();
+  entry.setAccountName("Everyone");
+  entry.setAccessValue(2, OBJECT_INHERIT_ACE);
+  entry.setAccessValue(3, FILE_GENERIC_READ);
+  list->writeAccounts();
+  EXPECT_THAT(textOfFile(file), HasSubstr(";;;WD)"));
+  EXPECT_THAT(textOfFile(deepFile), Not(HasSubstr(";;;WD)")));
 }
 
 TEST_F(AccessListsTest, AnAccountThatIsNotKnownFailsAndTheListStays) {

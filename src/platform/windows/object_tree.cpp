@@ -37,7 +37,6 @@ class FileTree final : public ObjectTree {
   }
 
   [[nodiscard]] std::vector<std::string> heirsOf(const std::string& path) const override {
-    if (!files_->folderExists(path)) return {};
     std::vector<std::string> heirs = files_->fileNames(path);
     for (std::string& heir : heirs) heir = path + "\\" + heir;
     return heirs;
