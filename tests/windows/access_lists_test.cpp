@@ -44,6 +44,7 @@ constexpr const char* kOtherPart = "Software\\Trelvin Lists\\Target\\Second part
 constexpr const char* kDeepPart = "Software\\Trelvin Lists\\Target\\Part\\Deep";
 // The only key that lies in nothing that can be seen.
 constexpr const char* kTop = "Trelvin Lists at the top";
+constexpr const char* kForeign = "Trelvin Lists of the system";
 constexpr std::int32_t kAllow = 0;
 constexpr std::int32_t kDeny = 1;
 
@@ -86,6 +87,28 @@ class RecordedTree final : public ObjectTree {
 
  private:
   std::unique_ptr<ObjectTree> tree_ = makeKeyTree();
+};
+
+// A key that whoever runs the tests has no rights on but those of its list.
+class KeyOfSystem {
+ public:
+  explicit KeyOfSystem(const char* sddl) {
+    ::RegCreateKeyExA(HKEY_CURRENT_USER, kForeign, 0, nullptr, REG_OPTION_VOLATILE, KEY_ALL_ACCESS, nullptr,
+                      &key_, nullptr);
+    EXPECT_EQ(::RegSetKeySecurity(key_, OWNER_SECURITY_INFORMATION | DACL_SECURITY_INFORMATION,
+                                  descriptorOf(sddl).get()),
+              ERROR_SUCCESS);
+  }
+  KeyOfSystem(const KeyOfSystem&) = delete;
+  KeyOfSystem& operator=(const KeyOfSystem&) = delete;
+  ~KeyOfSystem() {
+    ::RegSetKeySecurity(key_, DACL_SECURITY_INFORMATION, descriptorOf("D:(A;;KA;;;WD)").get());
+    ::RegCloseKey(key_);
+    EXPECT_EQ(::RegDeleteKeyA(HKEY_CURRENT_USER, kForeign), ERROR_SUCCESS);
+  }
+
+ private:
+  HKEY key_ = nullptr;
 };
 
 class AccessListsTest : public testing::Test {
@@ -303,6 +326,23 @@ TEST_F(AccessListsTest, APathIsOpenedOnceForAllThatIsWritten) {
     list->writeAccounts();
   }
   EXPECT_THAT(tree_->opened, ElementsAre(kTarget, kAbove));
+}
+
+TEST_F(AccessListsTest, WhoIsNotTheOwnerMayWriteAListToItsEnd) {
+  const KeyOfSystem key("O:SYD:(A;;KA;;;WD)");
+  set(kSource, "D:(A;;KR;;;WD)");
+  copyList(false, kSource, kForeign);
+  EXPECT_EQ(textOf(kForeign), spelled("(A;;KR;;;WD)"));
+}
+
+TEST_F(AccessListsTest, AListThatMayOnlyBeReadIsReadAndNotWritten) {
+  const KeyOfSystem key("O:SYD:(A;;KR;;;WD)");
+  const std::unique_ptr<AccessList> list = take(kForeign);
+  EXPECT_THAT(accountsOf(*list), ElementsAre(HasSubstr("Everyone")));
+  list->removeAccount(1);
+  EXPECT_EQ(numberOfFailure([&] { list->writeAccounts(); }), error_number::kControlException);
+  EXPECT_THAT(control_->lastError(), HasSubstr(kForeign));
+  EXPECT_EQ(textOf(kForeign), spelled("(A;;KR;;;WD)"));
 }
 
 TEST_F(AccessListsTest, TheEntriesThatAPathHasAreNotLookedUpByName) {
