@@ -92,9 +92,9 @@ class RecordedTree final : public ObjectTree {
 // A key that whoever runs the tests has no rights on but those of its list.
 class KeyOfSystem {
  public:
-  explicit KeyOfSystem(const char* sddl) {
-    ::RegCreateKeyExA(HKEY_CURRENT_USER, kForeign, 0, nullptr, REG_OPTION_VOLATILE, KEY_ALL_ACCESS, nullptr,
-                      &key_, nullptr);
+  KeyOfSystem(std::string path, const char* sddl) : path_(std::move(path)) {
+    ::RegCreateKeyExA(HKEY_CURRENT_USER, path_.c_str(), 0, nullptr, REG_OPTION_VOLATILE, KEY_ALL_ACCESS,
+                      nullptr, &key_, nullptr);
     EXPECT_EQ(::RegSetKeySecurity(key_, OWNER_SECURITY_INFORMATION | DACL_SECURITY_INFORMATION,
                                   descriptorOf(sddl).get()),
               ERROR_SUCCESS);
@@ -104,10 +104,11 @@ class KeyOfSystem {
   ~KeyOfSystem() {
     ::RegSetKeySecurity(key_, DACL_SECURITY_INFORMATION, descriptorOf("D:(A;;KA;;;WD)").get());
     ::RegCloseKey(key_);
-    EXPECT_EQ(::RegDeleteKeyA(HKEY_CURRENT_USER, kForeign), ERROR_SUCCESS);
+    EXPECT_EQ(::RegDeleteKeyA(HKEY_CURRENT_USER, path_.c_str()), ERROR_SUCCESS);
   }
 
  private:
+  std::string path_;
   HKEY key_ = nullptr;
 };
 
@@ -301,6 +302,26 @@ TEST_F(AccessListsTest, WhatIsProtectedInheritsNothingInTheSecondPass) {
   EXPECT_EQ(textOf(kPart), spelled("(A;;KA;;;BA)"));
 }
 
+TEST_F(AccessListsTest, WhatCannotInheritFailsWithItsNameAndThePathKeepsItsNewList) {
+  const std::string closed = std::string(kTarget) + "\\Closed";
+  const KeyOfSystem key(closed, "O:SYD:(A;;KR;;;WD)");
+  set(kSource, "D:(A;CI;KA;;;WD)");
+  EXPECT_EQ(numberOfFailure([&] { copyList(true); }), error_number::kControlException);
+  EXPECT_THAT(control_->lastError(), HasSubstr(closed));
+  EXPECT_EQ(textOf(kTarget), spelled("(A;CI;KA;;;WD)"));
+}
+
+TEST_F(AccessListsTest, WhatIsGoneMeanwhileInheritsNothing) {
+  set(kTarget, "D:(A;;KA;;;WD)(A;CI;KR;;;BA)");
+  const std::unique_ptr<AccessList> list = take(kTarget);
+  list->setSecondApplyFlag(true);
+  list->removeAccount(1);
+  list->writeAccounts();
+  ASSERT_EQ(::RegDeleteTreeA(HKEY_CURRENT_USER, kPart), ERROR_SUCCESS);
+  list->writeAccounts();
+  EXPECT_THAT(textOf(kOtherPart), HasSubstr(spelled("(A;CIID;KR;;;BA)")));
+}
+
 TEST_F(AccessListsTest, TheStepsOfAnEmptyingHandNothingDown) {
   set(kTarget, "D:(A;;KA;;;WD)(A;;KA;;;BA)(A;;KA;;;SY)");
   copyList(true);
@@ -329,14 +350,16 @@ TEST_F(AccessListsTest, APathIsOpenedOnceForAllThatIsWritten) {
 }
 
 TEST_F(AccessListsTest, WhoIsNotTheOwnerMayWriteAListToItsEnd) {
-  const KeyOfSystem key("O:SYD:(A;;KA;;;WD)");
-  set(kSource, "D:(A;;KR;;;WD)");
-  copyList(false, kSource, kForeign);
-  EXPECT_EQ(textOf(kForeign), spelled("(A;;KR;;;WD)"));
+  for (const bool secondFlag : {false, true}) {
+    const KeyOfSystem key(kForeign, "O:SYD:(A;;KA;;;WD)");
+    set(kSource, "D:(A;;KR;;;WD)");
+    copyList(secondFlag, kSource, kForeign);
+    EXPECT_EQ(textOf(kForeign), spelled("(A;;KR;;;WD)"));
+  }
 }
 
 TEST_F(AccessListsTest, AListThatMayOnlyBeReadIsReadAndNotWritten) {
-  const KeyOfSystem key("O:SYD:(A;;KR;;;WD)");
+  const KeyOfSystem key(kForeign, "O:SYD:(A;;KR;;;WD)");
   const std::unique_ptr<AccessList> list = take(kForeign);
   EXPECT_THAT(accountsOf(*list), ElementsAre(HasSubstr("Everyone")));
   list->removeAccount(1);
