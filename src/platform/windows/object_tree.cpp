@@ -81,16 +81,15 @@ class KeyTree final : public ObjectTree {
 
   [[nodiscard]] std::vector<std::string> heirsOf(const std::string& path) const override {
     std::shared_ptr<void> key;
-    const DWORD result = openKey(path, KEY_ENUMERATE_SUB_KEYS, key);
-    if (result != ERROR_SUCCESS) throw Failure(error_number::kPermissionDenied, systemText(result));
+    require(openKey(path, KEY_ENUMERATE_SUB_KEYS, key));
     std::vector<std::string> heirs;
     std::array<wchar_t, 256> name{};
     for (DWORD i = 0;; ++i) {
       auto size = static_cast<DWORD>(name.size());
-      if (::RegEnumKeyExW(static_cast<HKEY>(key.get()), i, name.data(), &size, nullptr, nullptr, nullptr,
-                          nullptr) != ERROR_SUCCESS) {
-        return heirs;
-      }
+      const LSTATUS result = ::RegEnumKeyExW(static_cast<HKEY>(key.get()), i, name.data(), &size, nullptr,
+                                             nullptr, nullptr, nullptr);
+      if (result == ERROR_NO_MORE_ITEMS) return heirs;
+      require(static_cast<DWORD>(result));
       heirs.push_back(path + "\\" + utf8Text({name.data(), size}));
     }
   }
@@ -100,6 +99,10 @@ class KeyTree final : public ObjectTree {
   }
 
  private:
+  static void require(DWORD result) {
+    if (result != ERROR_SUCCESS) throw Failure(error_number::kPermissionDenied, systemText(result));
+  }
+
   static DWORD openKey(const std::string& path, DWORD rights, std::shared_ptr<void>& handle) {
     HKEY key = nullptr;
     const LSTATUS result =
