@@ -24,6 +24,15 @@ struct Placing::Node {
   [[nodiscard]] bool isGap() const { return place->kind == Place::Kind::kGap; }
 };
 
+Rectangle centred(Extent own, const Rectangle& around, const Rectangle& screen) {
+  const auto edge = [](int length, int start, int room, int screenStart, int screenRoom) {
+    const int last = screenStart + screenRoom - length;
+    return std::max(std::min(start + (room - length) / 2, last), screenStart);
+  };
+  return {edge(own.width, around.left, around.width, screen.left, screen.width),
+          edge(own.height, around.top, around.height, screen.top, screen.height), own.width, own.height};
+}
+
 namespace {
 
 // One direction of a box: what each needs, and its share of what is left over.

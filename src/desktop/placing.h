@@ -23,6 +23,10 @@ struct Rectangle {
   bool operator==(const Rectangle&) const = default;
 };
 
+// Where a window comes up: in the middle of what is around it, but on the screen. Of one that is larger than
+// the screen the upper left corner is there. Screens beside or above the first one have places below zero.
+Rectangle centred(Extent own, const Rectangle& around, const Rectangle& screen);
+
 // Room around what a frame or a window holds.
 struct Insets {
   int left = 0;

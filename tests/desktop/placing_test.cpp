@@ -152,6 +152,30 @@ TEST_F(PlacingTest, TooSmallARoomIsTakenForTheLeast) {
   EXPECT_EQ(placed["b"], (Rectangle{52, 0, 50, 10}));
 }
 
+constexpr Rectangle kFirstScreen{0, 0, 1280, 994};
+
+TEST(CentredTest, AWindowComesUpInTheMiddleOfItsOwner) {
+  EXPECT_EQ(centred({200, 100}, {300, 200, 600, 400}, kFirstScreen), (Rectangle{500, 350, 200, 100}));
+}
+
+TEST(CentredTest, ItStaysOnTheScreenOfAnOwnerBesideOrAboveTheFirstScreen) {
+  const Rectangle leftScreen{-1920, -200, 1920, 1080};
+  EXPECT_EQ(centred({200, 100}, {-1500, 100, 600, 400}, leftScreen), (Rectangle{-1300, 250, 200, 100}));
+  const Rectangle upperScreen{0, -1080, 1920, 1040};
+  EXPECT_EQ(centred({200, 100}, {300, -900, 600, 400}, upperScreen), (Rectangle{500, -750, 200, 100}));
+}
+
+TEST(CentredTest, OfAnOwnerThatHangsOverAnEdgeItIsSeenAsAWhole) {
+  EXPECT_EQ(centred({200, 100}, {-500, -300, 600, 400}, kFirstScreen), (Rectangle{0, 0, 200, 100}));
+  EXPECT_EQ(centred({200, 100}, {1100, 900, 600, 400}, kFirstScreen), (Rectangle{1080, 894, 200, 100}));
+  const Rectangle leftScreen{-1920, -200, 1920, 1080};
+  EXPECT_EQ(centred({200, 100}, {-2300, -500, 600, 400}, leftScreen), (Rectangle{-1920, -200, 200, 100}));
+}
+
+TEST(CentredTest, OfOneThatIsLargerThanTheScreenTheCaptionCanBeReached) {
+  EXPECT_EQ(centred({2000, 1200}, {300, 200, 600, 400}, kFirstScreen), (Rectangle{0, 0, 2000, 1200}));
+}
+
 TEST_F(PlacingTest, PlacesOfTheMainWindowStandInEachOtherButNeverCrossOver) {
   const WindowLayout layout = mainLayout();
   place(layout.body, {0, 0, 900, 700});

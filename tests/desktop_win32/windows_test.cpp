@@ -37,6 +37,7 @@ class WindowsTest : public DesktopWin32Test {
     return {};
   }
   static HWND mainWindow() { return Hand::window("Trelvin Utility"); }
+  static HWND databaseWindow() { return Hand::window(frmDatabaseSelect.caption); }
 };
 
 TEST_F(WindowsTest, EveryControlOfALayoutHasItsPlaceAndNoTwoCrossOver) {
@@ -202,6 +203,34 @@ TEST_F(WindowsTest, AModalWindowTakesTheTouchOfTheOthers) {
   hand.look();
   EXPECT_TRUE(IsWindowEnabled(mainWindow()));
   EXPECT_EQ(GetActiveWindow(), mainWindow());
+}
+
+TEST_F(WindowsTest, AWindowComesUpInTheMiddleOfItsOwner) {
+  show(frmMain);
+  frmDatabaseSelect.owner = &frmMain;
+  show(frmDatabaseSelect);
+  const RECT owner = roomOf(mainWindow());
+  const RECT own = roomOf(databaseWindow());
+  EXPECT_NEAR(own.left - owner.left, owner.right - own.right, 1);
+  EXPECT_NEAR(own.top - owner.top, owner.bottom - own.bottom, 1);
+}
+
+TEST_F(WindowsTest, AWindowIsSeenAsAWholeWhenItsOwnerHangsOverAnEdgeOfTheScreen) {
+  RECT screen{};
+  SystemParametersInfoW(SPI_GETWORKAREA, 0, &screen, 0);
+  frmDatabaseSelect.owner = &frmMain;
+  for (const POINT corner : {POINT{-700, -500}, POINT{screen.right - 100, screen.bottom - 100}}) {
+    show(frmMain);
+    SetWindowPos(mainWindow(), nullptr, corner.x, corner.y, 0, 0, SWP_NOSIZE | SWP_NOZORDER);
+    show(frmDatabaseSelect);
+    const RECT own = roomOf(databaseWindow());
+    RECT seen{};
+    IntersectRect(&seen, &own, &screen);
+    EXPECT_TRUE(EqualRect(&seen, &own)) << own.left << ", " << own.top;
+    frmDatabaseSelect.loaded = false;
+    frmDatabaseSelect.visible = false;
+    hand.look();
+  }
 }
 
 TEST_F(WindowsTest, TheFocusGoesOnWhenItsControlIsSwitchedOff) {

@@ -56,10 +56,28 @@ Extent clientExtent(HWND window) {
   return extentOf(room);
 }
 
-Extent wholeExtent(HWND window) {
+Rectangle rectangleOf(const RECT& room) {
+  const Extent extent = extentOf(room);
+  return {static_cast<int>(room.left), static_cast<int>(room.top), extent.width, extent.height};
+}
+
+Rectangle wholeRoom(HWND window) {
   RECT room{};
   GetWindowRect(window, &room);
-  return extentOf(room);
+  return rectangleOf(room);
+}
+
+Extent wholeExtent(HWND window) {
+  const Rectangle room = wholeRoom(window);
+  return {room.width, room.height};
+}
+
+// Of the screen that a window is on or nearest to, without the task bar.
+Rectangle screenOf(HWND window) {
+  MONITORINFO screen{};
+  screen.cbSize = sizeof screen;
+  GetMonitorInfoW(MonitorFromWindow(window, MONITOR_DEFAULTTONEAREST), &screen);
+  return rectangleOf(screen.rcWork);
 }
 
 }  // namespace
@@ -376,17 +394,11 @@ void WindowView::resize(Extent whole) {
 
 // Of its owner, or of the screen without the task bar.
 void WindowView::centre() {
-  RECT room{};
   const HWND owner = GetWindow(handle_, GW_OWNER);
-  if (owner == nullptr || GetWindowRect(owner, &room) == FALSE) {
-    SystemParametersInfoW(SPI_GETWORKAREA, 0, &room, 0);
-  }
-  const Extent around = extentOf(room);
-  const Extent own = wholeExtent(handle_);
-  const int left = static_cast<int>(room.left) + (around.width - own.width) / 2;
-  const int top = static_cast<int>(room.top) + (around.height - own.height) / 2;
-  SetWindowPos(handle_, nullptr, std::max(left, 0), std::max(top, 0), 0, 0,
-               SWP_NOSIZE | SWP_NOZORDER | SWP_NOACTIVATE);
+  const Rectangle screen = screenOf(owner == nullptr ? handle_ : owner);
+  const bool isOwnerSeen = owner != nullptr && IsIconic(owner) == FALSE;
+  const Rectangle room = centred(wholeExtent(handle_), isOwnerSeen ? wholeRoom(owner) : screen, screen);
+  SetWindowPos(handle_, nullptr, room.left, room.top, 0, 0, SWP_NOSIZE | SWP_NOZORDER | SWP_NOACTIVATE);
 }
 
 FormSize WindowView::ownSize() const {
