@@ -21,7 +21,8 @@ class Shell {
   virtual ~Shell() = default;
 
   // Copies a tree without asking whether a file may be overwritten; leaves what only the target has, keeps
-  // time stamps. Returns 0, else the system's number; 0x402 for a source that isn't there. Never throws.
+  // time stamps. Returns 0, else the system's number: for a source that isn't there 0x402, or another
+  // number of a newer system. Never throws.
   virtual std::int32_t copy(const FileOperation& operation) = 0;
 
   // The number that the last call left behind, on a system that keeps one apart from the result.

@@ -1,6 +1,7 @@
 // The facilities of the system that the tests are built for, so that one test of each holds for all systems.
 #pragma once
 
+#include <cstdint>
 #include <filesystem>
 #include <memory>
 #include <string>
@@ -32,6 +33,8 @@ std::unique_ptr<NtfsControl> systemAccessLists();
 // where nothing has one.
 std::string pathWithAccessList(const TempFolder& folder, std::string_view name);
 std::unique_ptr<Shell> systemShell();
+// Whether a copy that ends with this number may have found no source.
+bool tellsMissingSource(std::int32_t number);
 std::unique_ptr<Opener> systemOpener();
 
 // A native path in the program's own form.

@@ -66,6 +66,10 @@ std::unique_ptr<Shell> systemShell() {
   return makeTreeCopy(toNative(), {}, {});
 }
 
+bool tellsMissingSource(std::int32_t number) {
+  return number == 0x402;
+}
+
 std::unique_ptr<Opener> systemOpener() {
   return makeProgramOpener(toNative());
 }

@@ -60,6 +60,11 @@ std::unique_ptr<Shell> systemShell() {
   return makeShellCopy();
 }
 
+// 0x402 was the number up to Windows Server 2003; newer ones have others, and more than one.
+bool tellsMissingSource(std::int32_t number) {
+  return number != 0;
+}
+
 std::unique_ptr<Opener> systemOpener() {
   return makeProgramOpener([] { return std::intptr_t{0}; });
 }
