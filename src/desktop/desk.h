@@ -29,6 +29,8 @@ struct Desk {
   Touches touches;
   Pace pace;
   std::function<void()> redraw;  // brings all windows that are up to the state of their forms
+  // For a window that hears of the end of the user's session. Does not come back in a real process.
+  std::function<void()> endSession;
 };
 
 }  // namespace trelvin::desktop

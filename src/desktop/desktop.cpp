@@ -81,6 +81,13 @@ void Desktop::runNestedTouches() {
   if (wasUp && !isMainWindowUp()) platform().application->end(0);
 }
 
+// Once every window has been told, the system ends the process where it stands. So nothing waits for its
+// turn, and a routine that is at work does not go on without its form.
+void Desktop::endSession() {
+  mnuExit_Click();
+  platform().application->end(0);
+}
+
 // The top of every event: what comes up to here has no handler, and ends the process.
 void Desktop::runTouches() {
   desk_.pace.startAnew();

@@ -64,6 +64,8 @@ class Desktop {
   void endBox() { desk_.pace.startAnew(); }
   // Carries out what has been noted while a routine is at work.
   void runNestedTouches();
+  // The user logs off or the machine goes down. Does not come back.
+  void endSession();
 
  private:
   // Shows a window on top of the others.

@@ -1,9 +1,12 @@
 #include <algorithm>
+#include <filesystem>
 
 #include "core/main_window.h"
 #include "desktop_win32/desktop_win32_test.h"
 #include "fakes/people.h"
+#include "fakes/temp_folder.h"
 #include "platform/platform.h"
+#include "platform/windows/file_system.h"
 #include "window/frm_database_select.h"
 #include "window/frm_main.h"
 #include "window/frm_perm_progress.h"
@@ -351,6 +354,83 @@ TEST_F(WindowsTest, ProgressOfLongWorkIsShownUntilTheNextYield) {
   EXPECT_NE(FindWindowExW(box, nullptr, nullptr, L"4 of 12 files copied"), nullptr);
   platform().events->doEvents();
   EXPECT_EQ(Hand::window("Copying"), nullptr);
+}
+
+// Windows asks and then tells all windows of a program.
+class EndOfSessionTest : public WindowsTest {
+ protected:
+  EndOfSessionTest() {
+    platform().clock = std::make_unique<StoppedClock>();
+    platform().files = makeFileSystem();
+    std::filesystem::current_path(folder_.path());
+    show(frmMain);
+  }
+  ~EndOfSessionTest() override { std::filesystem::current_path(former_); }
+  EndOfSessionTest(const EndOfSessionTest&) = delete;
+  EndOfSessionTest& operator=(const EndOfSessionTest&) = delete;
+
+  static void logOff(bool isAgreed = true) {
+    EXPECT_NE(SendMessageW(mainWindow(), WM_QUERYENDSESSION, 0, static_cast<LPARAM>(ENDSESSION_LOGOFF)), 0);
+    SendMessageW(mainWindow(), WM_ENDSESSION, isAgreed ? TRUE : FALSE,
+                 static_cast<LPARAM>(ENDSESSION_LOGOFF));
+  }
+  void expectClosed() const {
+    EXPECT_FALSE(frmMain.loaded);
+    EXPECT_EQ(folder_.has("Trelvin.log") ? folder_.read("Trelvin.log") : "",
+              "\"NOW Closing...\"\r\n\"NOW Closing complete\"\r\n");
+  }
+  // Waits for its turn behind the message.
+  void expectEnd() { EXPECT_THROW(hand.look(), ProcessEnded); }
+
+ private:
+  TempFolder folder_;
+  std::filesystem::path former_ = std::filesystem::current_path();
+};
+
+TEST_F(EndOfSessionTest, TheProgramIsClosedBeforeWindowsHasItsAnswer) {
+  logOff();
+  expectClosed();
+  expectEnd();
+}
+
+TEST_F(EndOfSessionTest, ItStaysWhenAnotherProgramHasObjected) {
+  logOff(false);
+  EXPECT_TRUE(frmMain.loaded);
+  EXPECT_NO_THROW(hand.look());
+}
+
+TEST_F(EndOfSessionTest, ARoutineThatIsAtWorkDoesNotGoOn) {
+  frmMain.cmdPopulate.onClick = [this] {
+    logOff();
+    expectClosed();
+    platform().events->doEvents();
+    clicked.emplace_back("after");
+  };
+  EXPECT_THROW(hand.click(main("cmdPopulate")), ProcessEnded);
+  EXPECT_THAT(clicked, IsEmpty());
+}
+
+TEST_F(EndOfSessionTest, NorDoesOneThatShowsHowFarItIs) {
+  frmMain.cmdPopulate.onClick = [this] {
+    logOff();
+    platform().events->showProgress("Copying", 3, 12);
+    clicked.emplace_back("after");
+  };
+  EXPECT_THROW(hand.click(main("cmdPopulate")), ProcessEnded);
+  EXPECT_THAT(clicked, IsEmpty());
+}
+
+TEST_F(EndOfSessionTest, NorDoesOneWithABox) {
+  hand.willDo([this](HWND /*box*/) {
+    logOff();
+    expectClosed();
+  });
+  frmMain.cmdPopulate.onClick = [this] {
+    platform().dialogs->showMessage({.text = "Done!"});
+    clicked.emplace_back("after");
+  };
+  EXPECT_THROW(hand.click(main("cmdPopulate")), ProcessEnded);
+  EXPECT_THAT(clicked, IsEmpty());
 }
 
 }  // namespace

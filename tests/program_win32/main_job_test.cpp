@@ -239,5 +239,13 @@ TEST_F(LongRunTest, ItEndsInOrderWithItsWindow) {
   expectSomeStored();
 }
 
+// As Windows sends it to every window when its user logs off.
+TEST_F(LongRunTest, ItEndsInOrderWithTheSessionOfItsUser) {
+  startRun();
+  SendMessageW(mainWindow(), WM_ENDSESSION, TRUE, static_cast<LPARAM>(ENDSESSION_LOGOFF));
+  expectEndInOrder();
+  expectSomeStored();
+}
+
 }  // namespace
 }  // namespace trelvin::test

@@ -76,6 +76,7 @@ class Win32Desktop::InFront {
 Win32Desktop::Win32Desktop(std::vector<Window> windows)
     : Desktop(std::move(windows)), pulse_(makePulseWindow(pulseProcedure, this)) {
   loadControls();
+  desk().endSession = [this] { keepFailure([this] { endSession(); }); };
 }
 
 Win32Desktop::~Win32Desktop() {
@@ -129,6 +130,7 @@ void Win32Desktop::hear(bool mayWait) {
   if (count == 1 && heard == WAIT_OBJECT_0) hearSockets();
   MSG message{};
   while (PeekMessageW(&message, nullptr, 0, 0, PM_REMOVE) != FALSE) hearMessage(message);
+  passFailureOn();
 }
 
 // What comes over the net is carried out in its turn, like a touch. Once is enough until its turn comes; what
@@ -180,7 +182,7 @@ int Win32Desktop::showBox(const std::function<int(HWND owner)>& box) {
     switchWindows();
   }
   endBox();
-  if (failure_) std::rethrow_exception(std::exchange(failure_, nullptr));
+  passFailureOn();
   return answer;
 }
 
@@ -204,21 +206,31 @@ LRESULT CALLBACK Win32Desktop::pulseProcedure(HWND handle, UINT message, WPARAM 
   return message == WM_TIMER ? 0 : DefWindowProcW(handle, message, first, second);
 }
 
-// Windows calls this from within its box. What fails here can't go through that; it takes the box away and
-// goes on behind it.
 void Win32Desktop::pulse() {
-  if (failure_) return;
-  try {
+  keepFailure([this] {
     const bool haveSocketsWork =
         platform().sockets &&
         WaitForSingleObject(reinterpret_cast<HANDLE>(platform().sockets->handle()), 0) == WAIT_OBJECT_0;
     if (haveSocketsWork) hearSockets();
     runNestedTouches();
     draw();
+  });
+}
+
+// For what Windows calls from within a call of ours, maybe from within its box. What fails here can't go
+// through that; it takes the box away and goes on behind it.
+void Win32Desktop::keepFailure(const std::function<void()>& work) {
+  if (failure_) return;
+  try {
+    work();
   } catch (...) {
     failure_ = std::current_exception();
-    EndDialog(GetLastActivePopup(boxOwner_), IDCANCEL);
+    if (boxOwner_ != nullptr) EndDialog(GetLastActivePopup(boxOwner_), IDCANCEL);
   }
+}
+
+void Win32Desktop::passFailureOn() {
+  if (failure_) std::rethrow_exception(std::exchange(failure_, nullptr));
 }
 
 void Win32Desktop::showProgress(std::string_view title, std::uint64_t done, std::uint64_t found) {
@@ -240,6 +252,7 @@ void Win32Desktop::showProgress(std::string_view title, std::uint64_t done, std:
   MSG message{};
   while (PeekMessageW(&message, nullptr, 0, 0, PM_REMOVE | PM_QS_PAINT | PM_QS_SENDMESSAGE) != FALSE)
     DispatchMessageW(&message);
+  passFailureOn();
 }
 
 void Win32Desktop::dropProgress() {

@@ -44,6 +44,8 @@ class Win32Desktop final : public Desktop {
   void hearSockets();
   void hearMessage(MSG& message);
   void pulse();
+  void keepFailure(const std::function<void()>& work);
+  void passFailureOn();
   [[nodiscard]] std::vector<WindowView*> views() const;
   // Windows behind others that want an answer first are switched off.
   void switchWindows();

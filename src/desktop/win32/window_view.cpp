@@ -455,6 +455,9 @@ LRESULT WindowView::receive(UINT message, WPARAM first, LPARAM second) {
     case WM_SYSCOLORCHANGE:
       for (const auto& view : views_) SendMessageW(view->handle(), message, first, second);
       break;
+    case WM_ENDSESSION:
+      if (first != FALSE) desk_.endSession();
+      return 0;
     case WM_CLOSE:
       desk_.touches.postAlways(onClose_);
       return 0;
