@@ -262,6 +262,11 @@ std::string spokenName(const Form& form, const WindowLayout& layout, std::string
   return plainCaption(captionAround(form, layout.body, name, form.caption).value_or(form.caption));
 }
 
+// That of a text box stands in front of it.
+bool carriesItsName(const Control& control) {
+  return !control.caption.empty() && dynamic_cast<const TextBox*>(&control) == nullptr;
+}
+
 std::string wordsInFront(const Form& form, const Place& place) {
   if (!place.label.empty()) return place.label;
   const auto* const box = dynamic_cast<const TextBox*>(form.control(place.control));

@@ -91,6 +91,10 @@ std::vector<std::string> tabOrder(const Form& form, const WindowLayout& layout);
 // frame around it.
 std::string spokenName(const Form& form, const WindowLayout& layout, std::string_view control);
 
+// Whether that is a caption on the control itself, which a window system tells by its own means, and as it is
+// by then.
+bool carriesItsName(const Control& control);
+
 // The words in front of a control: its label, or the caption of a text box, which has no place of its own.
 std::string wordsInFront(const Form& form, const Place& place);
 

@@ -1,5 +1,6 @@
 // What the windows look like: room for everything, an order of the Tab key, a name for every input.
 #include <QAbstractButton>
+#include <QAccessible>
 #include <QApplication>
 #include <QLabel>
 #include <QListView>
@@ -20,6 +21,11 @@ namespace {
 
 using desktop::fromQt;
 using ::testing::ElementsAre;
+
+// What a screen reader is told.
+std::string heard(QWidget& widget, QAccessible::Text what) {
+  return fromQt(QAccessible::queryAccessibleInterface(&widget)->text(what));
+}
 
 // The controls of a window that can be seen, frames left out, in the window's own coordinates.
 std::vector<std::pair<std::string, QRect>> placesOf(const Form& form, const QWidget& window) {
@@ -128,10 +134,24 @@ TEST_F(LooksTest, TheTabKeyGoesThroughWhatCanBeTouchedInTheOrderOfTheLayout) {
 
 TEST_F(LooksTest, TellsAReaderForTheBlindWhatEveryInputIs) {
   for (const std::string& name : desktop::tabOrder(frmMain, desktop::mainLayout())) {
-    const auto* const widget = window().findChild<QWidget*>(desktop::toQt(name));
-    EXPECT_FALSE(widget->accessibleName().isEmpty()) << name;
+    auto* const widget = window().findChild<QWidget*>(desktop::toQt(name));
+    EXPECT_NE(heard(*widget, QAccessible::Name), "") << name;
     EXPECT_NE(widget->focusPolicy(), Qt::NoFocus) << name;
   }
+  EXPECT_EQ(heard(Person::see("cmdPopulate"), QAccessible::Name), "List Sites");
+  EXPECT_EQ(heard(Person::see("txtImportServer"), QAccessible::Name), "Server");
+  EXPECT_EQ(heard(Person::see("lstSites"), QAccessible::Name), "Available Sites");
+}
+
+TEST_F(LooksTest, TellsAReaderForTheBlindWhatHasChanged) {
+  EXPECT_EQ(heard(Person::see("cmdExportServer"), QAccessible::Name), "Export");
+  EXPECT_EQ(heard(Person::see("lstSites"), QAccessible::Description),
+            "This is the list of sites available for export");
+  frmMain.cmdExportServer.caption = "Abort";
+  frmMain.lstSites.tooltip = "Nothing to export";
+  person.look();
+  EXPECT_EQ(heard(Person::see("cmdExportServer"), QAccessible::Name), "Abort");
+  EXPECT_EQ(heard(Person::see("lstSites"), QAccessible::Description), "Nothing to export");
 }
 
 TEST_F(LooksTest, HasTheTooltipsOfTheState) {

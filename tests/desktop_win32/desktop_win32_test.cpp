@@ -1,6 +1,7 @@
 #include "desktop_win32/desktop_win32_test.h"
 
 #include <memory>
+#include <utility>
 
 #include "core/err.h"
 #include "core/run_state.h"
@@ -27,7 +28,8 @@ void renewAll() {
 
 }  // namespace
 
-DesktopWin32Test::DesktopWin32Test() : desktop(desktop::windows()), hand(desktop) {
+DesktopWin32Test::DesktopWin32Test(std::shared_ptr<desktop::Annotations> annotations)
+    : desktop(desktop::windows(), std::move(annotations)), hand(desktop) {
   renewAll();
   platform() = Platform{};
   platform().application = std::make_unique<FakeApplication>("C:\\Trelvin");

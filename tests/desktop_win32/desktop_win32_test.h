@@ -4,6 +4,7 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
+#include <memory>
 #include <string>
 #include <vector>
 
@@ -15,7 +16,7 @@ namespace trelvin::test {
 
 class DesktopWin32Test : public ::testing::Test {
  protected:
-  DesktopWin32Test();
+  explicit DesktopWin32Test(std::shared_ptr<desktop::Annotations> annotations = desktop::makeAnnotations());
   ~DesktopWin32Test() override;
   DesktopWin32Test(const DesktopWin32Test&) = delete;
   DesktopWin32Test& operator=(const DesktopWin32Test&) = delete;

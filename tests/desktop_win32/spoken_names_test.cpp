@@ -1,3 +1,6 @@
+#include <map>
+#include <memory>
+
 #include "desktop_win32/desktop_win32_test.h"
 #include "platform/windows/adsi/com.h"
 #include "platform/windows/wide_text.h"
@@ -61,6 +64,77 @@ TEST_F(SpokenNamesTest, ListsAreCalledByTheFrameAroundThem) {
   if (!keepsNames()) GTEST_SKIP() << "this Windows takes no names for its controls";
   EXPECT_EQ(nameOf("lstSites"), "Available Sites");
   EXPECT_EQ(nameOf("lstDirectories"), "New Directories");
+}
+
+// Keeps what is annotated, as Windows does.
+class RecordedAnnotations final : public desktop::Annotations {
+ public:
+  void setName(HWND window, const std::string& name) override { names[window] = name; }
+  void setDescription(HWND window, const std::string& description) override {
+    descriptions[window] = description;
+    ++descriptionsSet;
+  }
+  void clear(HWND window) override {
+    areWindowsThere = areWindowsThere && IsWindow(window) != FALSE;
+    names.erase(window);
+    descriptions.erase(window);
+  }
+
+  std::map<HWND, std::string> names;
+  std::map<HWND, std::string> descriptions;
+  int descriptionsSet = 0;
+  bool areWindowsThere = true;
+};
+
+class AnnotationsTest : public DesktopWin32Test {
+ protected:
+  explicit AnnotationsTest(
+      std::shared_ptr<RecordedAnnotations> recorded = std::make_shared<RecordedAnnotations>())
+      : DesktopWin32Test(recorded), annotations(*recorded) {
+    show(frmMain);
+  }
+  [[nodiscard]] std::string nameOf(const std::string& control) const {
+    const auto name = annotations.names.find(main(control));
+    return name == annotations.names.end() ? "<left to Windows>" : name->second;
+  }
+
+  RecordedAnnotations& annotations;  // the desktop holds it
+};
+
+TEST_F(AnnotationsTest, WhatHasNoCaptionOfItsOwnGetsItsNameFromWhatIsAroundIt) {
+  EXPECT_EQ(nameOf("lstSites"), "Available Sites");
+  EXPECT_EQ(nameOf("lstDirectories"), "New Directories");
+  EXPECT_EQ(nameOf("txtImportServer"), "Server");
+}
+
+TEST_F(AnnotationsTest, AButtonIsCalledByTheCaptionThatItHasJustNow) {
+  for (const char* const each : {"cmdExportServer", "cmdExportFile", "optExportWeb", "chkCopyFiles"}) {
+    EXPECT_EQ(nameOf(each), "<left to Windows>") << each;
+  }
+  frmMain.cmdExportServer.caption = "Abort";
+  hand.look();
+  EXPECT_EQ(nameOf("cmdExportServer"), "<left to Windows>");
+  EXPECT_EQ(Hand::textOf(main("cmdExportServer")), "Ab&ort");
+}
+
+TEST_F(AnnotationsTest, ATooltipIsADescriptionAndIsTakenOverOnceWhenItChanges) {
+  EXPECT_EQ(annotations.descriptions[main("lstSites")], "This is the list of sites available for export");
+  const int before = annotations.descriptionsSet;
+  hand.look();
+  EXPECT_EQ(annotations.descriptionsSet, before);
+  frmMain.lstSites.tooltip = "Nothing to export";
+  hand.look();
+  EXPECT_EQ(annotations.descriptions[main("lstSites")], "Nothing to export");
+  EXPECT_EQ(annotations.descriptionsSet, before + 1);
+}
+
+TEST_F(AnnotationsTest, NothingIsLeftOfAWindowThatGoes) {
+  ASSERT_FALSE(annotations.names.empty());
+  frmMain.visible = false;
+  hand.look();
+  EXPECT_TRUE(annotations.names.empty());
+  EXPECT_TRUE(annotations.descriptions.empty());
+  EXPECT_TRUE(annotations.areWindowsThere) << "while they can still be found";
 }
 
 }  // namespace

@@ -340,6 +340,7 @@ void WidgetView::draw() {
   if (drawnTooltip_ != control_.tooltip) {
     drawnTooltip_ = control_.tooltip;
     widget_.setToolTip(toQt(drawnTooltip_));
+    widget_.setAccessibleDescription(toQt(drawnTooltip_));
   }
 }
 

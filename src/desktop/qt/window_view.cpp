@@ -190,11 +190,11 @@ void WindowView::alignBeginnings() {
   }
 }
 
+// A name that is set would count instead of a later caption.
 void WindowView::nameForHearing() {
   for (const std::string& control : tabOrder(form_, layout_)) {
-    QWidget& widget = *widgetOf(control);
-    widget.setAccessibleName(toQt(spokenName(form_, layout_, control)));
-    widget.setAccessibleDescription(toQt(form_.control(control)->tooltip));
+    if (carriesItsName(*form_.control(control))) continue;
+    widgetOf(control)->setAccessibleName(toQt(spokenName(form_, layout_, control)));
   }
 }
 

@@ -73,8 +73,10 @@ class Win32Desktop::InFront {
   Win32Desktop& desktop_;
 };
 
-Win32Desktop::Win32Desktop(std::vector<Window> windows)
-    : Desktop(std::move(windows)), pulse_(makePulseWindow(pulseProcedure, this)) {
+Win32Desktop::Win32Desktop(std::vector<Window> windows, std::shared_ptr<Annotations> annotations)
+    : Desktop(std::move(windows)),
+      annotations_(std::move(annotations)),
+      pulse_(makePulseWindow(pulseProcedure, this)) {
   loadControls();
   desk().endSession = [this] { keepFailure([this] { endSession(); }); };
 }
@@ -97,7 +99,7 @@ std::unique_ptr<DrawnWindow> Win32Desktop::open(const Window& window, std::funct
     const bool isOwner = each.view != nullptr && each.window.form == window.form->owner;
     if (isOwner) owner = static_cast<WindowView&>(*each.view).handle();
   }
-  auto view = std::make_unique<WindowView>(window, owner, desk(), std::move(onClose));
+  auto view = std::make_unique<WindowView>(window, owner, desk(), annotations_, std::move(onClose));
   view->show();
   return view;
 }
@@ -189,7 +191,7 @@ int Win32Desktop::showBox(const std::function<int(HWND owner)>& box) {
 void Win32Desktop::showWindow(Form& form, const WindowLayout& layout, const std::function<void()>& onClose) {
   beginBox();
   form.visible = true;
-  WindowView view({.form = &form, .layout = layout}, activeWindow(), desk(), onClose);
+  WindowView view({.form = &form, .layout = layout}, activeWindow(), desk(), annotations_, onClose);
   const InFront inFront(*this, view);
   view.show();
   while (form.visible) {
@@ -244,7 +246,7 @@ void Win32Desktop::showProgress(std::string_view title, std::uint64_t done, std:
   form.barProgress.setValue(progressSteps(done, found));
   if (isNew) {
     progress_->view = std::make_unique<WindowView>(Window{.form = &form, .layout = progressLayout()},
-                                                   activeWindow(), desk(), [] {});
+                                                   activeWindow(), desk(), annotations_, [] {});
     progress_->view->show();
   } else {
     progress_->view->draw();

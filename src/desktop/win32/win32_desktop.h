@@ -9,6 +9,7 @@
 #include <vector>
 
 #include "desktop/desktop.h"
+#include "desktop/win32/spoken_names.h"
 #include "desktop/win32/window_view.h"
 #include "platform/windows/windows_api.h"
 
@@ -16,7 +17,8 @@ namespace trelvin::desktop {
 
 class Win32Desktop final : public Desktop {
  public:
-  explicit Win32Desktop(std::vector<Window> windows);
+  explicit Win32Desktop(std::vector<Window> windows,
+                        std::shared_ptr<Annotations> annotations = makeAnnotations());
   ~Win32Desktop() override;
 
   // Shows one of Windows' own boxes, which waits for its answer by itself, and gives that back. The windows
@@ -50,6 +52,7 @@ class Win32Desktop final : public Desktop {
   // Windows behind others that want an answer first are switched off.
   void switchWindows();
 
+  std::shared_ptr<Annotations> annotations_;
   HWND pulse_;  // a window that is never seen, for a tick while one of Windows' own boxes waits
   std::vector<WindowView*> boxes_;  // of our own, the last one in front
   HWND boxOwner_ = nullptr;

@@ -7,7 +7,6 @@
 #include <stdexcept>
 #include <utility>
 
-#include "desktop/win32/spoken_names.h"
 #include "platform/windows/wide_text.h"
 
 namespace trelvin::desktop {
@@ -82,7 +81,8 @@ Rectangle screenOf(HWND window) {
 
 }  // namespace
 
-WindowView::WindowView(const Window& window, HWND owner, Desk& desk, std::function<void()> onClose)
+WindowView::WindowView(const Window& window, HWND owner, Desk& desk, std::shared_ptr<Annotations> annotations,
+                       std::function<void()> onClose)
     : form_(*window.form),
       layout_(window.layout),
       size_(window.size),
@@ -106,10 +106,11 @@ WindowView::WindowView(const Window& window, HWND owner, Desk& desk, std::functi
   draw();
   if (!size_) resize(leastExtent());
   centre();
-  nameForHearing(form_, layout_, [this](const Control& control) {
+  const auto windowOf = [this](const Control& control) {
     const ControlView* const view = viewOf(numberOf(form_, control));
     return view == nullptr ? nullptr : view->handle();
-  });
+  };
+  spokenNames_ = std::make_unique<SpokenNames>(form_, layout_, windowOf, std::move(annotations));
 }
 
 WindowView::~WindowView() {
@@ -117,6 +118,7 @@ WindowView::~WindowView() {
   // Windows gives the focus to another program when it finds the owner switched off.
   const HWND owner = GetWindow(handle_, GW_OWNER);
   if (owner != nullptr) EnableWindow(owner, TRUE);
+  spokenNames_.reset();
   while (!views_.empty()) views_.pop_back();
   menus_.reset();
   DestroyWindow(handle_);
@@ -246,6 +248,7 @@ void WindowView::draw() {
   }
   if (menus_) menus_->draw();
   for (const auto& view : views_) view->draw();
+  if (spokenNames_) spokenNames_->draw();
   drawWords();
   drawTimers();
   drawTabStops();

@@ -13,6 +13,7 @@
 #include "desktop/win32/control_view.h"
 #include "desktop/win32/menu_view.h"
 #include "desktop/win32/pane.h"
+#include "desktop/win32/spoken_names.h"
 
 namespace trelvin::desktop {
 
@@ -20,7 +21,8 @@ class WindowView final : public DrawnWindow, private Measures {
  public:
   // Comes up in front of its owner, if it has one. A person's wish to take the window away is passed on as a
   // touch; the window itself stays.
-  WindowView(const Window& window, HWND owner, Desk& desk, std::function<void()> onClose);
+  WindowView(const Window& window, HWND owner, Desk& desk, std::shared_ptr<Annotations> annotations,
+             std::function<void()> onClose);
   ~WindowView() override;
 
   void draw() override;
@@ -113,6 +115,7 @@ class WindowView final : public DrawnWindow, private Measures {
   HWND handle_;
   std::unique_ptr<Pane> pane_;
   std::unique_ptr<MenuView> menus_;
+  std::unique_ptr<SpokenNames> spokenNames_;
   std::vector<std::unique_ptr<ControlView>> views_;  // a frame before what it holds
   std::map<int, ControlView*> viewsByNumber_;
   std::map<const Place*, ControlView*> viewsByPlace_;
