@@ -14,5 +14,5 @@ setWine() {
 }
 
 setWine "AppDefaults\\$(basename "$1")\\Explorer" Desktop Trelvin
-setWine 'Explorer\Desktops' Trelvin 1280x1024
+setWine 'Explorer\Desktops' Trelvin "${TRELVIN_SCREEN:-1280x1024}"
 TRELVIN_WINE_SCREEN=1 exec "$folder/on_x_server.sh" "$folder/run_under_wine.sh" "$@"

@@ -26,6 +26,9 @@ readonly kWindowsPackages=(
   wine wine64
   fonts-wine                  # the signs of the buttons in a caption
 )
+# To take pictures of the windows there.
+# shellcheck disable=SC2034
+readonly kPicturePackages=(imagemagick)
 # To build the program for Windows as it is released.
 # shellcheck disable=SC2034
 readonly kReleasePackages=(

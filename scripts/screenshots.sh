@@ -4,14 +4,17 @@
 #
 #   scripts/screenshots.sh          the pictures of the manual
 #   scripts/screenshots.sh --all    also in dark colours, at 150 and 200 % and on a large screen, to build/pictures
+#   scripts/screenshots.sh --windows
+#                                   instead of Trelvin.exe under Wine, at 96 and 144 dots per inch, to
+#                                   build-windows/pictures
 set -euo pipefail
 cd "$(dirname "${BASH_SOURCE[0]}")/.."
 source scripts/packages.sh
 
 case ${1:-} in
-  '' | --all) ;;
+  '' | --all | --windows) ;;
   *)
-    echo "usage: scripts/screenshots.sh [--all]" >&2
+    echo "usage: scripts/screenshots.sh [--all | --windows]" >&2
     exit 2
     ;;
 esac
@@ -24,6 +27,30 @@ take() {
   env QT_QPA_PLATFORM=offscreen "TRELVIN_PICTURES=$pictures" "$@" build/tests/take_pictures --gtest_brief=1
   echo "$pictures"
 }
+
+# Windows learns of its screen when it starts. $1: the dots per inch.
+takeUnderWine() {
+  local pictures=$PWD/build-windows/pictures/$1 odbc=$PWD/build-windows/odbc/program_win32
+  mkdir -p "$pictures"
+  env -u DISPLAY "${kWine[@]}" reg add 'HKCU\Control Panel\Desktop' /v LogPixels /t REG_DWORD /d "$1" /f \
+    </dev/null >/dev/null 2>&1
+  env TRELVIN_SCREEN=1600x1200 "TRELVIN_PICTURES=$pictures" "TRELVIN_DIRECTORY_HOST=$PWD/build/tests/directory_host" \
+    "ODBCSYSINI=$odbc" "ODBCINI=$odbc/user.ini" \
+    scripts/on_wine_desktop.sh build-windows/tests/take_win32_pictures.exe --gtest_brief=1
+  echo "$pictures"
+}
+
+if [[ ${1:-} == --windows ]]; then
+  source scripts/wine.sh
+  installMissing "${kBuildPackages[@]}" "${kWindowsPackages[@]}" "${kPicturePackages[@]}"
+  buildPreset default windows_hosts >/dev/null
+  buildPreset windows take_win32_pictures >/dev/null
+  trap stopWine EXIT
+  prepareWine build-windows/wine-pictures
+  takeUnderWine 96
+  takeUnderWine 144
+  exit
+fi
 
 installMissing "${kBuildPackages[@]}"
 buildPreset default take_pictures databases >/dev/null

@@ -189,11 +189,26 @@ void Person::type(const std::string& text, HWND inFront) {
   xdotool("type --delay 20 " + quoted(text));
 }
 
-// The tool is a program of the machine beneath; Windows gets no handle on it, so that it notes its end.
+void Person::takePicture(HWND window, const std::string& file) {
+  xdotool("mousemove 0 0");
+  constexpr std::chrono::milliseconds kDrawn{700};
+  std::this_thread::sleep_for(kDrawn);
+  RECT room{};
+  GetWindowRect(window, &room);
+  runBeneath("import -window root -crop " + std::to_string(room.right - room.left) + "x" +
+             std::to_string(room.bottom - room.top) + "+" + std::to_string(room.left) + "+" +
+             std::to_string(room.top) + " +repage " + quoted(file));
+}
+
 void Person::xdotool(const std::string& arguments) {
+  runBeneath("xdotool " + arguments);
+}
+
+// Windows gets no handle on a program of the machine beneath, so that it notes its end.
+void Person::runBeneath(const std::string& command) {
   const std::filesystem::path note = notes_ / "done";
   std::filesystem::remove(note);
-  std::wstring line = wideText("/bin/sh -c \"xdotool " + arguments + "; echo $? >begun; mv begun done\"");
+  std::wstring line = wideText("/bin/sh -c \"" + command + "; echo $? >begun; mv begun done\"");
   STARTUPINFOW start{};
   start.cb = sizeof start;
   PROCESS_INFORMATION process{};
@@ -204,7 +219,7 @@ void Person::xdotool(const std::string& arguments) {
   }
   int status = -1;
   std::ifstream(note) >> status;
-  if (status != 0) throw std::runtime_error("xdotool " + arguments + " failed");
+  if (status != 0) throw std::runtime_error(command + " failed");
 }
 
 }  // namespace trelvin::test

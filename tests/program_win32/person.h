@@ -45,11 +45,16 @@ class Person {
   void keys(const std::string& names, HWND inFront);
   void type(const std::string& text, HWND inFront);
 
+  // Saves what a window looks like, without a pointer over it, to a file of the machine beneath
+  // (ImageMagick).
+  void takePicture(HWND window, const std::string& file);
+
  private:
   void clickAt(HWND window, POINT place, bool isDouble = false);
   void waitForFront(HWND window) const;
-  // Runs it to its end. Throws when it fails.
+  // Run to their end. Throw when it fails.
   void xdotool(const std::string& arguments);
+  void runBeneath(const std::string& command);
 
   DWORD process_;
   std::filesystem::path notes_;

@@ -59,6 +59,29 @@ bool ScreenTest::waitForNoBox() const {
   return Person::waitFor([this] { return person().window("Trelvin") == nullptr; });
 }
 
+void ScreenTest::typeByMouse(const std::string& textBox, const std::string& wanted) const {
+  person().click(main(textBox));
+  ASSERT_TRUE(waitForFocus(textBox));
+  person().keys("Home shift+End", mainWindow());
+  person().type(wanted, mainWindow());
+  ASSERT_TRUE(Person::waitFor([&] { return text(textBox) == wanted; }));
+}
+
+void ScreenTest::chooseByKeys(const std::string& dropDown, int entry) const {
+  person().click(main(dropDown));
+  ASSERT_TRUE(
+      Person::waitFor([&] { return SendMessageW(main(dropDown), CB_GETDROPPEDSTATE, 0, 0) != FALSE; }));
+  std::string keys;
+  for (int i = 0; i < entry; ++i) keys += "Down ";
+  person().keys(keys + "Return", mainWindow());
+  ASSERT_TRUE(Person::waitFor([&] { return SendMessageW(main(dropDown), CB_GETCURSEL, 0, 0) == entry; }));
+}
+
+void ScreenTest::chooseDatabaseByMouse() const {
+  person().clickTab(main("TabExportType"), 1);
+  ASSERT_TRUE(Person::waitFor([this] { return Person::canReach(main("cmdExportFile")); }));
+}
+
 void ScreenTest::expectEndInOrder() const {
   const Outcome outcome = program().outcome();
   EXPECT_EQ(outcome.status, 0U);

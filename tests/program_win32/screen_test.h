@@ -35,6 +35,12 @@ class ScreenTest : public InstalledProgramTest {
   [[nodiscard]] bool waitForBox(const std::string& beginning) const;
   [[nodiscard]] bool waitForNoBox() const;
 
+  void typeByMouse(const std::string& textBox, const std::string& wanted) const;
+  // An entry of a drop-down that stands at its first one.
+  void chooseByKeys(const std::string& dropDown, int entry) const;
+  // As what the export goes into.
+  void chooseDatabaseByMouse() const;
+
   // Waits for the end that was asked for, and expects it in order.
   void expectEndInOrder() const;
 
