@@ -1,4 +1,6 @@
 #include <algorithm>
+#include <array>
+#include <cwchar>
 #include <filesystem>
 
 #include "core/main_window.h"
@@ -11,6 +13,9 @@
 #include "window/frm_main.h"
 #include "window/frm_perm_progress.h"
 #include "window/frm_splash.h"
+// clang-format off
+#include <commctrl.h>  // stands on Windows' own header
+// clang-format on
 
 namespace trelvin::test {
 namespace {
@@ -299,6 +304,34 @@ TEST_F(WindowsTest, OnAFinerScreenEverythingGrowsAndTheFormKeepsItsMeasure) {
   EXPECT_GT(widthOf(main("cmdPopulate")), button * 5 / 4);
   EXPECT_EQ(widthOf(mainWindow()), 1260);
   EXPECT_EQ(frmMain.width, 840 * 15) << "of a usual screen";
+}
+
+// What is left of a tab beside its caption.
+long roomInTab(HWND tabs, int index) {
+  RECT tab{};
+  SendMessageW(tabs, TCM_GETITEMRECT, static_cast<WPARAM>(index), reinterpret_cast<LPARAM>(&tab));
+  std::array<wchar_t, 64> caption{};
+  TCITEMW item{};
+  item.mask = TCIF_TEXT;
+  item.pszText = caption.data();
+  item.cchTextMax = static_cast<int>(caption.size());
+  SendMessageW(tabs, TCM_GETITEMW, static_cast<WPARAM>(index), reinterpret_cast<LPARAM>(&item));
+  const HDC device = GetDC(tabs);
+  SelectObject(device, reinterpret_cast<HFONT>(SendMessageW(tabs, WM_GETFONT, 0, 0)));
+  SIZE text{};
+  GetTextExtentPoint32W(device, caption.data(), static_cast<int>(std::wcslen(caption.data())), &text);
+  ReleaseDC(tabs, device);
+  return tab.right - tab.left - text.cx;
+}
+
+TEST_F(WindowsTest, CaptionsOfTabsHaveTheirRoomOnAFineScreenToo) {
+  show(frmMain);
+  const int database = 1;
+  const long usual = roomInTab(main("TabImportType"), database);
+  const RECT wanted{0, 0, 1680, 1340};
+  SendMessageW(mainWindow(), WM_DPICHANGED, MAKEWPARAM(192, 192), reinterpret_cast<LPARAM>(&wanted));
+  hand.look();
+  EXPECT_GE(roomInTab(main("TabImportType"), database), usual + 12);
 }
 
 TEST_F(WindowsTest, AWindowOfTheSizeOfItsTextsGrowsWithThem) {

@@ -230,6 +230,11 @@ class TabStripView final : public KindView<TabStrip> {
       : KindView(control, setting, WC_TABCONTROLW, WS_TABSTOP), accessKeys_(setting.place.accessKeys) {
     // Windows gives it this style, and it would not draw over the group that it stands in.
     SetWindowLongPtrW(handle(), GWL_STYLE, GetWindowLongPtrW(handle(), GWL_STYLE) & ~WS_CLIPSIBLINGS);
+    padTabs();
+  }
+  void renewFont() override {
+    padTabs();
+    ControlView::renewFont();
   }
   void draw() override {
     ControlView::draw();
@@ -274,6 +279,8 @@ class TabStripView final : public KindView<TabStrip> {
     send(isNew ? TCM_INSERTITEMW : TCM_SETITEMW, static_cast<WPARAM>(index), reinterpret_cast<LPARAM>(&item));
     pane().isOutOfPlace = true;
   }
+  // The room around a caption, which Windows leaves as it is on a coarse screen.
+  void padTabs() const { send(TCM_SETPADDING, 0, MAKELPARAM(pane().pixels(6), pane().pixels(3))); }
   [[nodiscard]] RECT lastTab() const {
     RECT tab{};
     TabCtrl_GetItemRect(handle(), TabCtrl_GetItemCount(handle()) - 1, &tab);
