@@ -62,7 +62,8 @@ std::wstring filtersOf(const FileChoice& choice) {
 }
 
 // What the chooser starts on. The folder belongs into the path: one that is named apart counts less than the
-// one that was chosen the time before. A folder that isn't there is left out, as the chooser would not open.
+// one that was chosen the time before. A folder that isn't there is left out; the chooser could refuse to
+// open.
 std::wstring startOf(const std::string& path) {
   const std::filesystem::path whole = wideText(path);
   std::error_code ignored;
