@@ -1,6 +1,7 @@
 # Read by the other scripts (source scripts/wine.sh): a Windows of its own for the tests, below a build folder.
 # shellcheck shell=bash
 
+# A suite may bring libraries of its own along.
 export WINEDEBUG=-all WINEDLLOVERRIDES=${WINEDLLOVERRIDES:-mscoree,mshtml=}
 # Else Wine finds no file whose name has a letter beyond ASCII.
 export LC_ALL=C.UTF-8
